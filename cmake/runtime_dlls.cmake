@@ -1,0 +1,12 @@
+# The DLLs of the compiler that tam.dll and every program beside it share. Exceptions and standard strings cross the
+# border of tam.dll, so there must be one copy of each in a process.
+set(TAM_RUNTIME_DLLS "")
+foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+                    OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT EXISTS "${path}")
+        message(FATAL_ERROR "The compiler's run-time library ${name} was not found.")
+    endif()
+    configure_file("${path}" "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}" COPYONLY)
+    list(APPEND TAM_RUNTIME_DLLS "${path}")
+endforeach()

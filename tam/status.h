@@ -1,0 +1,8 @@
+#pragma once
+
+/// @file
+/// Status and error reporting.
+
+#include <tam/status/codes.h>
+#include <tam/status/status.h>
+#include <tam/status/status_arg.h>

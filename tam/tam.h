@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// The whole library.
+
+#include <tam/status.h>
