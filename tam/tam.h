@@ -5,3 +5,4 @@
 
 #include <tam/container.h>
 #include <tam/status.h>
+#include <tam/text.h>
