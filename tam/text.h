@@ -8,4 +8,5 @@
 #include <tam/text/convert.h>
 #include <tam/text/number.h>
 #include <tam/text/quote.h>
+#include <tam/text/tokeniser.h>
 #include <tam/text/trim.h>
