@@ -4,4 +4,6 @@
 /// The whole library.
 
 #include <tam/container.h>
+#include <tam/security.h>
 #include <tam/status.h>
+#include <tam/thread.h>
