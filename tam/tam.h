@@ -6,4 +6,5 @@
 #include <tam/container.h>
 #include <tam/security.h>
 #include <tam/status.h>
+#include <tam/stream.h>
 #include <tam/thread.h>
