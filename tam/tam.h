@@ -7,4 +7,5 @@
 #include <tam/security.h>
 #include <tam/status.h>
 #include <tam/stream.h>
+#include <tam/text.h>
 #include <tam/thread.h>
