@@ -3,5 +3,6 @@
 /// @file
 /// The whole library.
 
+#include <tam/container.h>
 #include <tam/file.h>
 #include <tam/status.h>
