@@ -6,3 +6,4 @@
 #include <tam/container.h>
 #include <tam/file.h>
 #include <tam/status.h>
+#include <tam/text.h>
