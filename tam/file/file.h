@@ -110,7 +110,7 @@ public:
     ///   - TAM_E_FILE_NOT_FOUND (0xC200001E; from)
     ///   - TAM_E_NOT_A_FILE (0xC200001F; from)      from is not a file
     ///   - TAM_E_TARGET_EXISTS (0xC2000021; to)     to is a file, and overwrite is false
-    ///   - TAM_E_NOT_A_FILE (0xC200001F; from)      to is something other than a file; the argument is from all the same
+    ///   - TAM_E_NOT_A_FILE (0xC200001F; from)      to is not a file; the argument is from all the same
     ///   - the system's error
     static void copy(const std::wstring& from, const std::wstring& to, bool overwrite, Tam_status& status);
 
