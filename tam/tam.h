@@ -3,4 +3,5 @@
 /// @file
 /// The whole library.
 
+#include <tam/datetime.h>
 #include <tam/status.h>
