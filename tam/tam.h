@@ -4,4 +4,5 @@
 /// The whole library.
 
 #include <tam/container.h>
+#include <tam/datetime.h>
 #include <tam/status.h>
