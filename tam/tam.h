@@ -5,4 +5,6 @@
 
 #include <tam/container.h>
 #include <tam/datetime.h>
+#include <tam/security.h>
 #include <tam/status.h>
+#include <tam/thread.h>
