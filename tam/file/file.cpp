@@ -295,7 +295,7 @@ void Tam_file::truncate(Tam_status& status)
 void Tam_file::add_security(Tam_security& security, Tam_status& status)
 {
     status.clear();
-    security.associate_with_object(TAM_SEC_FILE, m_handle, status);
+    security.associate_with_object(TAM_SEC_OBJ_FILE, m_handle, status);
 }
 
 void Tam_file::create_empty_file(const std::wstring& path, Tam_status& status, bool write_through)
@@ -381,7 +381,7 @@ std::wstring Tam_file::temp_name(const std::wstring& directory, const std::wstri
         tam_itow(now.seconds() % 100'000 * 1'000 + now.microseconds() / 10, digits, 10, false);
         path.base(digits);
     } while (tam_type(path) != TAM_TYPE_NONE);
-    return path;
+    return path.text();
 }
 
 std::wstring Tam_file::temp_name(const std::wstring& extension)
