@@ -4,6 +4,8 @@
 /// The whole library.
 
 #include <tam/container.h>
+#include <tam/datetime.h>
+#include <tam/file.h>
 #include <tam/security.h>
 #include <tam/status.h>
 #include <tam/stream.h>
