@@ -71,14 +71,16 @@ public:
         }
     }
 
-    /// Copies code, arguments and the whole chain. When memory runs out this status keeps what it held.
+    /// Copies code, arguments and the whole chain. When memory runs out or an argument cannot be cloned, this status
+    /// keeps what it held.
     Tam_status& operator=(const Tam_status& other);
     Tam_status& operator=(Tam_status&& other) noexcept;
 
     /// Becomes a status with this code, no arguments and no chain.
     Tam_status& operator=(unsigned int code) noexcept;
 
-    /// Becomes a status with this code and clones of the arguments, without a chain.
+    /// Becomes a status with this code and clones of the arguments, without a chain. After a failure this status keeps
+    /// what it held.
     void assign(unsigned int code, const Tam_status_arg& a1 = Tam_null_status_arg::NULL_ARGUMENT,
                 const Tam_status_arg& a2 = Tam_null_status_arg::NULL_ARGUMENT,
                 const Tam_status_arg& a3 = Tam_null_status_arg::NULL_ARGUMENT,
@@ -100,7 +102,8 @@ public:
     /// the head carries the new code.
     void push(const Tam_status& newer);
 
-    /// Puts a new head with this code and no arguments on top. On a clear status: assigns the code.
+    /// Puts a new head with this code and no arguments on top. On a clear status: assigns the code. A failure leaves
+    /// what push(const Tam_status&) says.
     void push(unsigned int code);
 
     /// Puts a new head with this code and clones of the arguments on top. On a clear status: assigns them. A failure
@@ -175,7 +178,8 @@ private:
     void _move_args(Tam_status& receiver) noexcept;
     void _copy_chain(const Tam_status& other);
     void _delete_child() noexcept;
-    void _move_down(Tam_status& older) noexcept;
+    template <class Fill>
+    void _push(unsigned int code, const Fill& fill);
     void _move_back(Tam_status& older) noexcept;
     void _release() noexcept;
 
