@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building, testing and checking tam needs on Debian 12. Says and does nothing when all of it is there.
+# Installs what building and testing tam needs on Debian 12; with --checks also what scripts/check.sh needs. Says and does
+# nothing when all of it is there.
 set -euo pipefail
 
 packages=(
@@ -8,8 +9,11 @@ packages=(
     binutils-mingw-w64-x86-64 mingw-w64-x86-64-dev        # resource and message compilers, Windows headers
     wine wine64                                           # runs what was built
     googletest                                            # sources of the test framework
-    mawk pkg-config zip git                               # code generation, packages
+    mawk                                                  # makes the header of status codes
 )
+if [ "${1-}" = --checks ]; then
+    packages+=(clang-format-14 clang-tidy-14 pkg-config)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -3,4 +3,5 @@
 /// @file
 /// The whole library.
 
+#include <tam/container.h>
 #include <tam/status.h>

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Builds tam and shows it at work: a service's profile file is listed and queried through tam.dll under Wine, and three
+# requests that must fail show how failures are reported.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+step() {
+    "$@" || { echo "demo.sh: failed: $*" >&2; exit 1; }
+}
+quietly() {
+    local log
+    log=$(mktemp)
+    if ! "$@" >"$log" 2>&1; then
+        cat "$log" >&2
+        rm -f "$log"
+        return 1
+    fi
+    rm -f "$log"
+}
+
+step scripts/setup.sh
+step quietly cmake --preset release
+step quietly cmake --build --preset release
+step scripts/wine.sh --up
+
+# show EXPECTED_EXIT_CODE PROGRAM [ARGUMENT...]
+show() {
+    local expected=$1 code=0
+    shift
+    echo
+    echo "> $*"
+    scripts/wine.sh "build/release/bin/$1.exe" "${@:2}" || code=$?
+    if [ "$code" -ne "$expected" ]; then
+        echo "demo.sh: exit code $code instead of $expected: $*" >&2
+        exit 1
+    fi
+}
+
+profile=examples/data/mail_gateway.ini
+show 0 profile_query "$profile"
+show 0 profile_query "$profile" Listener
+show 0 profile_query "$profile" service description
+echo
+echo "Requests that must fail; each prints the newest status first and its reasons below it:"
+show 1 profile_query missing.ini
+show 1 profile_query "$profile" Printers
+show 1 profile_query "$profile" Listener Certificate
