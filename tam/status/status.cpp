@@ -74,9 +74,9 @@ Tam_status& Tam_status::operator=(unsigned int code) noexcept
     return *this;
 }
 
-void Tam_status::assign(unsigned int code, const Tam_status_arg& a1, const Tam_status_arg& a2,
-                        const Tam_status_arg& a3, const Tam_status_arg& a4, const Tam_status_arg& a5,
-                        const Tam_status_arg& a6, const Tam_status_arg& a7, const Tam_status_arg& a8)
+void Tam_status::assign(unsigned int code, const Tam_status_arg& a1, const Tam_status_arg& a2, const Tam_status_arg& a3,
+                        const Tam_status_arg& a4, const Tam_status_arg& a5, const Tam_status_arg& a6,
+                        const Tam_status_arg& a7, const Tam_status_arg& a8)
 {
     // Set aside, not released: an argument may be one of this status's own, and a failure gives it back.
     Tam_status old(std::move(*this));
