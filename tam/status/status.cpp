@@ -133,7 +133,7 @@ void Tam_status::pop() noexcept
 unsigned int Tam_status::get_last_error() noexcept
 {
     const DWORD error = ::GetLastError();
-    return error == 0 ? 0 : error | SEVERITY_ERROR;
+    return error == 0 ? 0 : error | ERROR_SEVERITY;
 }
 
 void Tam_status::_add_arg(const Tam_status_arg& arg)

@@ -37,10 +37,11 @@ public:
     static constexpr unsigned int FACILITY_MASK = 0x0FFF0000;
     static constexpr unsigned int NUMBER_MASK = 0x0000FFFF;
 
-    static constexpr unsigned int SEVERITY_SUCCESS = 0x00000000;
-    static constexpr unsigned int SEVERITY_INFORMATION = 0x40000000;
-    static constexpr unsigned int SEVERITY_WARNING = 0x80000000;
-    static constexpr unsigned int SEVERITY_ERROR = 0xC0000000;
+    // Not SEVERITY_SUCCESS and so on: winerror.h has macros of these names.
+    static constexpr unsigned int SUCCESS_SEVERITY = 0x00000000;
+    static constexpr unsigned int INFORMATION_SEVERITY = 0x40000000;
+    static constexpr unsigned int WARNING_SEVERITY = 0x80000000;
+    static constexpr unsigned int ERROR_SEVERITY = 0xC0000000;
 
     /// A clear status: code 0, no arguments, no chain.
     Tam_status() noexcept = default;
@@ -130,11 +131,11 @@ public:
     unsigned int facility() const noexcept { return m_code & FACILITY_MASK; }
 
     /// True unless the severity is error: warnings, information and unusual severities count as ok.
-    [[nodiscard]] bool ok() const noexcept { return _severity() != SEVERITY_ERROR; }
-    [[nodiscard]] bool is_success() const noexcept { return _severity() == SEVERITY_SUCCESS; }
-    [[nodiscard]] bool is_information() const noexcept { return _severity() == SEVERITY_INFORMATION; }
-    [[nodiscard]] bool is_warning() const noexcept { return _severity() == SEVERITY_WARNING; }
-    [[nodiscard]] bool is_error() const noexcept { return _severity() == SEVERITY_ERROR; }
+    [[nodiscard]] bool ok() const noexcept { return _severity() != ERROR_SEVERITY; }
+    [[nodiscard]] bool is_success() const noexcept { return _severity() == SUCCESS_SEVERITY; }
+    [[nodiscard]] bool is_information() const noexcept { return _severity() == INFORMATION_SEVERITY; }
+    [[nodiscard]] bool is_warning() const noexcept { return _severity() == WARNING_SEVERITY; }
+    [[nodiscard]] bool is_error() const noexcept { return _severity() == ERROR_SEVERITY; }
 
     /// True when the code is 0 and there are no arguments and no chain.
     [[nodiscard]] bool is_clear() const noexcept { return m_code == 0 && m_count == 0 && m_child == nullptr; }
@@ -166,7 +167,7 @@ private:
 
     static constexpr unsigned int _normalised(unsigned int code) noexcept
     {
-        return code != 0 && (code & ~NUMBER_MASK) == 0 ? code | SEVERITY_ERROR : code;
+        return code != 0 && (code & ~NUMBER_MASK) == 0 ? code | ERROR_SEVERITY : code;
     }
 
     unsigned int _severity() const noexcept { return m_code & SEVERITY_MASK; }
