@@ -44,7 +44,7 @@ public:
     static constexpr unsigned int ERROR_SEVERITY = 0xC0000000;
 
     /// A clear status: code 0, no arguments, no chain.
-    Tam_status() noexcept = default;
+    Tam_status() noexcept {} // not defaulted, so that a constant needs no initialiser
 
     /// A status with this code, no arguments and no chain.
     Tam_status(unsigned int code) noexcept : m_code(_normalised(code)) {}
