@@ -5,5 +5,6 @@
 
 #include <tam/status/codes.h>
 #include <tam/status/exceptions.h>
+#include <tam/status/messages.h>
 #include <tam/status/status.h>
 #include <tam/status/status_arg.h>
