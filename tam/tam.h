@@ -5,6 +5,8 @@
 
 #include <tam/container.h>
 #include <tam/datetime.h>
+#include <tam/file.h>
 #include <tam/security.h>
 #include <tam/status.h>
+#include <tam/text.h>
 #include <tam/thread.h>
