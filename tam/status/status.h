@@ -37,13 +37,14 @@ public:
     static constexpr unsigned int FACILITY_MASK = 0x0FFF0000;
     static constexpr unsigned int NUMBER_MASK = 0x0000FFFF;
 
-    static constexpr unsigned int SEVERITY_SUCCESS = 0x00000000;
-    static constexpr unsigned int SEVERITY_INFORMATION = 0x40000000;
-    static constexpr unsigned int SEVERITY_WARNING = 0x80000000;
-    static constexpr unsigned int SEVERITY_ERROR = 0xC0000000;
+    // Not SEVERITY_SUCCESS and so on: winerror.h has macros of these names.
+    static constexpr unsigned int SUCCESS_SEVERITY = 0x00000000;
+    static constexpr unsigned int INFORMATION_SEVERITY = 0x40000000;
+    static constexpr unsigned int WARNING_SEVERITY = 0x80000000;
+    static constexpr unsigned int ERROR_SEVERITY = 0xC0000000;
 
     /// A clear status: code 0, no arguments, no chain.
-    Tam_status() noexcept = default;
+    Tam_status() noexcept {} // not defaulted, so that a constant needs no initialiser
 
     /// A status with this code, no arguments and no chain.
     Tam_status(unsigned int code) noexcept : m_code(_normalised(code)) {}
@@ -71,14 +72,16 @@ public:
         }
     }
 
-    /// Copies code, arguments and the whole chain. When memory runs out this status keeps what it held.
+    /// Copies code, arguments and the whole chain. When memory runs out or an argument cannot be cloned, this status
+    /// keeps what it held.
     Tam_status& operator=(const Tam_status& other);
     Tam_status& operator=(Tam_status&& other) noexcept;
 
     /// Becomes a status with this code, no arguments and no chain.
     Tam_status& operator=(unsigned int code) noexcept;
 
-    /// Becomes a status with this code and clones of the arguments, without a chain.
+    /// Becomes a status with this code and clones of the arguments, without a chain. After a failure this status keeps
+    /// what it held.
     void assign(unsigned int code, const Tam_status_arg& a1 = Tam_null_status_arg::NULL_ARGUMENT,
                 const Tam_status_arg& a2 = Tam_null_status_arg::NULL_ARGUMENT,
                 const Tam_status_arg& a3 = Tam_null_status_arg::NULL_ARGUMENT,
@@ -100,7 +103,8 @@ public:
     /// the head carries the new code.
     void push(const Tam_status& newer);
 
-    /// Puts a new head with this code and no arguments on top. On a clear status: assigns the code.
+    /// Puts a new head with this code and no arguments on top. On a clear status: assigns the code. A failure leaves
+    /// what push(const Tam_status&) says.
     void push(unsigned int code);
 
     /// Puts a new head with this code and clones of the arguments on top. On a clear status: assigns them. A failure
@@ -127,11 +131,11 @@ public:
     unsigned int facility() const noexcept { return m_code & FACILITY_MASK; }
 
     /// True unless the severity is error: warnings, information and unusual severities count as ok.
-    [[nodiscard]] bool ok() const noexcept { return _severity() != SEVERITY_ERROR; }
-    [[nodiscard]] bool is_success() const noexcept { return _severity() == SEVERITY_SUCCESS; }
-    [[nodiscard]] bool is_information() const noexcept { return _severity() == SEVERITY_INFORMATION; }
-    [[nodiscard]] bool is_warning() const noexcept { return _severity() == SEVERITY_WARNING; }
-    [[nodiscard]] bool is_error() const noexcept { return _severity() == SEVERITY_ERROR; }
+    [[nodiscard]] bool ok() const noexcept { return _severity() != ERROR_SEVERITY; }
+    [[nodiscard]] bool is_success() const noexcept { return _severity() == SUCCESS_SEVERITY; }
+    [[nodiscard]] bool is_information() const noexcept { return _severity() == INFORMATION_SEVERITY; }
+    [[nodiscard]] bool is_warning() const noexcept { return _severity() == WARNING_SEVERITY; }
+    [[nodiscard]] bool is_error() const noexcept { return _severity() == ERROR_SEVERITY; }
 
     /// True when the code is 0 and there are no arguments and no chain.
     [[nodiscard]] bool is_clear() const noexcept { return m_code == 0 && m_count == 0 && m_child == nullptr; }
@@ -163,7 +167,7 @@ private:
 
     static constexpr unsigned int _normalised(unsigned int code) noexcept
     {
-        return code != 0 && (code & ~NUMBER_MASK) == 0 ? code | SEVERITY_ERROR : code;
+        return code != 0 && (code & ~NUMBER_MASK) == 0 ? code | ERROR_SEVERITY : code;
     }
 
     unsigned int _severity() const noexcept { return m_code & SEVERITY_MASK; }
@@ -175,7 +179,8 @@ private:
     void _move_args(Tam_status& receiver) noexcept;
     void _copy_chain(const Tam_status& other);
     void _delete_child() noexcept;
-    void _move_down(Tam_status& older) noexcept;
+    template <class Fill>
+    void _push(unsigned int code, const Fill& fill);
     void _move_back(Tam_status& older) noexcept;
     void _release() noexcept;
 
