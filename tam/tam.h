@@ -8,5 +8,6 @@
 #include <tam/file.h>
 #include <tam/security.h>
 #include <tam/status.h>
+#include <tam/stream.h>
 #include <tam/text.h>
 #include <tam/thread.h>
