@@ -5,11 +5,11 @@
 
 #include <tam/container/object_vector.h>
 
-#include <tests/support/failing_allocation.h>
+#include <tests/support/failing_new.h>
 #include <tests/support/resources.h>
 
 using namespace tam;
-using tam::test::Failing_allocation;
+using tam::test::Failing_new;
 
 namespace {
 
@@ -19,7 +19,7 @@ using Texts = Tam_object_vector<std::wstring>;
 bool store(Texts& texts, const std::wstring& text, bool at_front, unsigned int successes)
 {
     try {
-        const Failing_allocation failure(successes);
+        const Failing_new failure(successes + 1);
         if (at_front) {
             texts.insert(0, text);
         } else {

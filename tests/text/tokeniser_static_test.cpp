@@ -5,11 +5,11 @@
 
 #include <tam/text/tokeniser.h>
 
-#include <tests/support/failing_allocation.h>
+#include <tests/support/failing_new.h>
 #include <tests/support/resources.h>
 
 using namespace tam;
-using tam::test::Failing_allocation;
+using tam::test::Failing_new;
 
 namespace {
 
@@ -18,7 +18,7 @@ using Texts = Tam_object_vector<std::wstring>;
 bool tokenise(const std::wstring& text, Texts& tokens, unsigned int successes)
 {
     try {
-        const Failing_allocation failure(successes);
+        const Failing_new failure(successes + 1);
         Tam_tokeniser().tokenise(text, tokens);
         return true;
     } catch (const std::bad_alloc&) {
