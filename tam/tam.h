@@ -3,6 +3,7 @@
 /// @file
 /// The whole library.
 
+#include <tam/config.h>
 #include <tam/container.h>
 #include <tam/datetime.h>
 #include <tam/file.h>

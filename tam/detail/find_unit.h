@@ -53,12 +53,17 @@ unsigned int find_unit(const unsigned char* bytes, unsigned int first, unsigned 
     constexpr unsigned int STEP = sizeof(__m128i) / Units::SIZE;
     const __m128i all_a = Units::broadcast(a);
     const __m128i all_b = Units::broadcast(b);
-    for (; count - first >= STEP; first += STEP) {
-        const __m128i units =
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + std::size_t{first} * Units::SIZE));
-        const __m128i found = _mm_or_si128(Units::equal(units, all_a), Units::equal(units, all_b));
-        const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(found));
-        if (mask != 0) {
+    const auto matches = [&](unsigned int index) {
+        const auto* const address = reinterpret_cast<const __m128i*>(bytes + std::size_t{index} * Units::SIZE);
+        const __m128i units = _mm_loadu_si128(address);
+        return _mm_or_si128(Units::equal(units, all_a), Units::equal(units, all_b));
+    };
+    const auto mask_of = [](__m128i found) { return static_cast<unsigned int>(_mm_movemask_epi8(found)); };
+    for (; count - first >= 2 * STEP; first += 2 * STEP) {
+        const __m128i low = matches(first);
+        const __m128i high = matches(first + STEP);
+        if (mask_of(_mm_or_si128(low, high)) != 0) {
+            const unsigned int mask = mask_of(low) | mask_of(high) << sizeof(__m128i);
             return first + static_cast<unsigned int>(std::countr_zero(mask)) / Units::SIZE;
         }
     }

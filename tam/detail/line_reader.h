@@ -109,6 +109,25 @@ struct Line_piece {
     unsigned int count = 0;
 };
 
+// std::memcpy without a call for the lengths that lines have.
+inline void copy_bytes(unsigned char* to, const unsigned char* from, std::size_t count)
+{
+    constexpr std::size_t STEP = sizeof(__m128i);
+    constexpr std::size_t LONG = 512; // from here on the call does not matter
+    if (count < STEP || count >= LONG) {
+        std::memcpy(to, from, count);
+        return;
+    }
+    const auto copy_step = [to, from](std::size_t offset) {
+        const __m128i step = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + offset));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + offset), step);
+    };
+    for (std::size_t done = 0; done < count - STEP; done += STEP) {
+        copy_step(done);
+    }
+    copy_step(count - STEP); // may overlap the step before
+}
+
 // Puts piece into line from unit `length` on, up to unit `wanted`; line then has `wanted` units.
 template <class Units>
 void copy_piece(std::basic_string<typename Units::Unit>& line, unsigned int length, unsigned int wanted,
@@ -116,7 +135,8 @@ void copy_piece(std::basic_string<typename Units::Unit>& line, unsigned int leng
 {
     line.resize(wanted);
     if (wanted > length) {
-        std::memcpy(line.data() + length, piece.bytes, std::size_t{wanted - length} * Units::SIZE);
+        copy_bytes(reinterpret_cast<unsigned char*>(line.data() + length), piece.bytes,
+                   std::size_t{wanted - length} * Units::SIZE);
         Units::to_platform_order(line.data() + length, wanted - length);
     }
 }

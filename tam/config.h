@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// Configuration: profile files.
+
+#include <tam/config/profile_reader.h>

@@ -1,0 +1,276 @@
+#include <tam/config/profile_reader.h>
+
+#include <new>
+#include <utility>
+
+#include <tam/detail/failure.h>
+#include <tam/detail/profile_line.h>
+#include <tam/status/codes.h>
+#include <tam/stream/buffered_istream.h>
+#include <tam/text/compare.h>
+
+namespace tam {
+
+namespace {
+
+// Clears status and runs the operation, for which memory that runs out is a failure like others.
+template <class Operation>
+void run(Tam_status& status, Operation operation)
+{
+    status.clear();
+    try {
+        operation();
+    } catch (const std::bad_alloc&) {
+        status = TAM_E_OUT_OF_MEMORY;
+    }
+}
+
+// A cheap look before the comparison of whole names: those of one file tend to differ at their end.
+bool may_be_equal(const std::wstring& a, const std::wstring& b)
+{
+    constexpr wchar_t LAST_OF_ASCII = 0x7F;
+    constexpr int CASE_BIT = 0x20; // where the two cases of an ASCII letter differ
+    if (a.size() != b.size() || a.empty()) {
+        return a.size() == b.size();
+    }
+    const wchar_t x = a.back();
+    const wchar_t y = b.back();
+    return x == y || x > LAST_OF_ASCII || y > LAST_OF_ASCII || (x ^ y) == CASE_BIT;
+}
+
+bool same_name(const std::wstring& a, const std::wstring& b)
+{
+    return may_be_equal(a, b) && tam_string_equal_nc(a, b);
+}
+
+} // namespace
+
+Tam_profile_reader::Tam_profile_reader() = default;
+
+Tam_profile_reader::Tam_profile_reader(const std::wstring& file, Tam_status& status)
+{
+    Tam_profile_reader::open(file, status);
+}
+
+Tam_profile_reader::~Tam_profile_reader()
+{
+    Tam_status status;
+    Tam_profile_reader::close(status);
+}
+
+void Tam_profile_reader::open(const std::wstring& file, Tam_status& status)
+{
+    close(status);
+    run(status, [&] {
+        m_file = file;
+        m_buffer.open(file, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);
+        if (status.ok()) {
+            m_open = true;
+            get_section_list(m_sections, status);
+        }
+    });
+    if (!status.ok()) {
+        m_open = false;
+        _forget();
+        try {
+            detail::push_failure(status, TAM_E_PROFILE_OPEN, file);
+        } catch (const std::bad_alloc&) {
+            status = TAM_E_OUT_OF_MEMORY;
+        }
+    }
+}
+
+void Tam_profile_reader::close(Tam_status& status)
+{
+    if (m_open) {
+        status.clear();
+        m_open = false;
+        _forget();
+    }
+}
+
+void Tam_profile_reader::get_section_list(Tam_object_vector<std::wstring>& names, Tam_status& status) const
+{
+    names.clear();
+    run(status, [&] {
+        if (_check_open(status)) {
+            names.reserve(m_sections.size());
+            for (const Section& section : m_sections) {
+                names.push_back(section.name);
+            }
+        }
+    });
+}
+
+void Tam_profile_reader::set_current_section(const std::wstring& name, Tam_status& status)
+{
+    run(status, [&] {
+        if (!_check_open(status)) {
+            return;
+        }
+        for (const Section& section : m_sections) {
+            if (same_name(section.name, name)) {
+                m_section = section.name;
+                m_section_start = section.start;
+                get_key_value_pairs(status);
+                return;
+            }
+        }
+        detail::assign_failure(status, TAM_E_SECTION_NOT_FOUND, name);
+    });
+}
+
+void Tam_profile_reader::reset_section_position(Tam_status& status)
+{
+    run(status, [&] {
+        if (_check_section(status)) {
+            m_cursor = 0;
+        }
+    });
+}
+
+void Tam_profile_reader::get_current_entry(std::pair<std::wstring, std::wstring>& entry, Tam_status& status) const
+{
+    run(status, [&] {
+        if (_check_entry(status)) {
+            entry = std::pair(m_entries[m_cursor]);
+        }
+    });
+}
+
+void Tam_profile_reader::move_to_next_entry(Tam_status& status)
+{
+    run(status, [&] {
+        if (_check_entry(status)) {
+            ++m_cursor;
+        }
+    });
+}
+
+void Tam_profile_reader::move_to_key(const std::wstring& key, Tam_status& status)
+{
+    run(status, [&] {
+        if (!_check_section(status)) {
+            return;
+        }
+        m_cursor = 0;
+        while (m_cursor != m_entries.size() && !same_name(m_entries[m_cursor].first, key)) {
+            ++m_cursor;
+        }
+        _check_entry(status);
+    });
+}
+
+bool Tam_profile_reader::end_of_entries() const
+{
+    return m_cursor == m_entries.size();
+}
+
+void Tam_profile_reader::get_section_list(Tam_object_vector<Section>& sections, Tam_status& status) const
+{
+    Tam_buffered_istream stream(m_buffer, false, status);
+    Section section{};
+    while (status.ok()) {
+        if (get_section_header(stream, section.name, status)) {
+            section.start = stream.tell();
+            sections.push_back(section);
+        }
+    }
+    if (status.value() == TAM_E_END_OF_DATA) {
+        status.clear();
+    }
+}
+
+bool Tam_profile_reader::get_section_header(Tam_istream& stream, std::wstring& name, Tam_status& status) const
+{
+    stream.wreadln(detail::PROFILE_LINE_LIMIT, name, status);
+    if (status.value() == TAM_E_NO_LINE_END) {
+        status.clear();
+    }
+    return status.ok() && detail::take_section_name(name);
+}
+
+void Tam_profile_reader::read_status_check(Tam_status& status, const std::wstring& section) const
+{
+    if (status.value() == TAM_E_END_OF_DATA || status.value() == TAM_E_NO_LINE_END) {
+        status.clear();
+    } else if (!status.ok()) {
+        detail::push_failure(status, TAM_E_SECTION_READ, section, m_file);
+    }
+}
+
+// Reads the entries of the current section, in one pass up to the next header.
+void Tam_profile_reader::get_key_value_pairs(Tam_status& status)
+{
+    m_entries.clear();
+    m_cursor = 0;
+    if (!_check_section(status)) {
+        return;
+    }
+    try {
+        Tam_buffered_istream stream(m_buffer, false, status);
+        stream.seek(m_section_start);
+        std::wstring line;
+        while (status.ok() && !get_section_header(stream, line, status)) {
+            if (status.ok()) {
+                auto [key, value] = detail::split_profile_line(line);
+                add_to_key_value_pairs(std::move(key), std::move(value));
+            }
+        }
+        read_status_check(status, m_section);
+    } catch (const std::bad_alloc&) {
+        status = TAM_E_OUT_OF_MEMORY;
+    }
+    if (!status.ok()) {
+        m_entries.clear();
+    }
+}
+
+void Tam_profile_reader::add_to_key_value_pairs(std::wstring&& key, std::wstring&& value)
+{
+    m_entries.emplace_back(std::move(key), std::move(value));
+}
+
+// Gives up the file and what was read of it.
+void Tam_profile_reader::_forget()
+{
+    m_buffer.close();
+    m_sections.clear();
+    m_section.clear();
+    m_entries.clear();
+    m_cursor = 0;
+}
+
+bool Tam_profile_reader::_check_open(Tam_status& status) const
+{
+    if (!m_open) {
+        detail::assign_failure(status, TAM_E_PROFILE_NOT_OPEN, m_file);
+    }
+    return m_open;
+}
+
+bool Tam_profile_reader::_check_section(Tam_status& status) const
+{
+    if (!_check_open(status)) {
+        return false;
+    }
+    if (m_section.empty()) {
+        detail::assign_failure(status, TAM_E_NO_CURRENT_SECTION);
+        return false;
+    }
+    return true;
+}
+
+bool Tam_profile_reader::_check_entry(Tam_status& status) const
+{
+    if (!_check_section(status)) {
+        return false;
+    }
+    if (end_of_entries()) {
+        detail::assign_failure(status, TAM_E_END_OF_ENTRIES, m_section);
+        return false;
+    }
+    return true;
+}
+
+} // namespace tam

@@ -1,0 +1,137 @@
+#include <tam/detail/profile_line.h>
+
+#include <tam/detail/characters.h>
+
+namespace tam::detail {
+
+namespace {
+
+constexpr wchar_t BYTE_ORDER_MARK = 0xFEFF;
+constexpr wchar_t HEADER_START = L'[';
+constexpr wchar_t HEADER_END = L']';
+constexpr wchar_t COMMENT = L';';
+constexpr wchar_t SEPARATOR = L'=';
+constexpr wchar_t ESCAPE = L'\\';
+
+// What an escape stands for, if the units behind the backslash are these.
+struct Hexadecimal_escape {
+    std::wstring_view units;
+    wchar_t meaning;
+};
+
+constexpr Hexadecimal_escape HEXADECIMAL_ESCAPES[] = {{L"0A", L'\n'}, {L"0D", L'\r'}, {L"5C", ESCAPE}};
+constexpr std::size_t HEXADECIMAL_UNITS = 2;
+
+std::wstring_view trimmed(std::wstring_view text)
+{
+    while (!text.empty() && is_space(text.back())) {
+        text.remove_suffix(1);
+    }
+    while (!text.empty() && is_space(text.front())) {
+        text.remove_prefix(1);
+    }
+    return text;
+}
+
+std::wstring unescaped(std::wstring_view text)
+{
+    std::wstring plain;
+    plain.reserve(text.size());
+    for (;;) {
+        const std::size_t escape = text.find(ESCAPE);
+        plain += text.substr(0, escape);
+        if (escape == std::wstring_view::npos) {
+            return plain;
+        }
+        text.remove_prefix(escape + 1);
+        if (text.starts_with(SEPARATOR)) {
+            plain += SEPARATOR;
+            text.remove_prefix(1);
+            continue;
+        }
+        // The two units behind any other backslash go with it; one among them escapes nothing.
+        const std::wstring_view units = text.substr(0, HEXADECIMAL_UNITS);
+        text.remove_prefix(units.size());
+        const Hexadecimal_escape* known = nullptr;
+        for (const Hexadecimal_escape& candidate : HEXADECIMAL_ESCAPES) {
+            if (candidate.units == units) {
+                known = &candidate;
+            }
+        }
+        if (known != nullptr) {
+            plain += known->meaning;
+        } else {
+            plain += ESCAPE;
+            plain += units;
+        }
+    }
+}
+
+void append_escaped(std::wstring& line, std::wstring_view text)
+{
+    for (const wchar_t unit : text) {
+        if (unit == SEPARATOR) {
+            line += ESCAPE;
+            line += SEPARATOR;
+            continue;
+        }
+        const Hexadecimal_escape* known = nullptr;
+        for (const Hexadecimal_escape& candidate : HEXADECIMAL_ESCAPES) {
+            if (candidate.meaning == unit) {
+                known = &candidate;
+            }
+        }
+        if (known != nullptr) {
+            line += ESCAPE;
+            line += known->units;
+        } else {
+            line += unit;
+        }
+    }
+}
+
+} // namespace
+
+bool take_section_name(std::wstring& line)
+{
+    if (line.size() >= 2 && line[0] == BYTE_ORDER_MARK && line[1] == HEADER_START) {
+        line.erase(0, 1);
+    }
+    if (line.size() < 2 || line.front() != HEADER_START || line.back() != HEADER_END) {
+        return false;
+    }
+    line.pop_back();
+    line.erase(0, 1);
+    return true;
+}
+
+Profile_entry split_profile_line(std::wstring_view line)
+{
+    if (line.starts_with(COMMENT)) {
+        return {std::wstring(line), {}};
+    }
+    std::size_t separator = line.find(SEPARATOR);
+    while (separator != std::wstring_view::npos && separator != 0 && line[separator - 1] == ESCAPE) {
+        separator = line.find(SEPARATOR, separator + 1);
+    }
+    if (separator == std::wstring_view::npos) {
+        return {std::wstring(trimmed(line)), {}};
+    }
+    return {unescaped(trimmed(line.substr(0, separator))), unescaped(trimmed(line.substr(separator + 1)))};
+}
+
+std::wstring profile_line_of(const Profile_entry& entry)
+{
+    const auto& [key, value] = entry;
+    if (key.starts_with(COMMENT)) {
+        return key;
+    }
+    std::wstring line;
+    line.reserve(key.size() + 1 + value.size());
+    append_escaped(line, key);
+    line += SEPARATOR;
+    append_escaped(line, value);
+    return line;
+}
+
+} // namespace tam::detail

@@ -1,0 +1,122 @@
+#include <tam/config/profile_reader.h>
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <tam/detail/win32.h>
+#include <tests/support/chain.h>
+#include <tests/support/failing_allocation.h>
+#include <tests/support/resources.h>
+#include <tests/support/swap.h>
+#include <tests/support/temporary_folder.h>
+
+namespace tam {
+namespace {
+
+using test::chain;
+
+std::wstring profile(const test::Temporary_folder& folder)
+{
+    std::wstring text;
+    for (int i = 0; i < 1500; ++i) {
+        text += (i == 10 ? L"[Long section]\n" : L"a key = and a value that is long\n");
+    }
+    return folder.file(L"profile.ini", {reinterpret_cast<const char*>(text.data()), text.size() * 2});
+}
+
+unsigned int reads_until_failure;
+
+BOOL WINAPI failing_read(HANDLE file, void* destination, DWORD count, DWORD* done, OVERLAPPED* overlapped)
+{
+    if (reads_until_failure == 0) {
+        ::SetLastError(ERROR_CRC);
+        return FALSE;
+    }
+    --reads_until_failure;
+    return ::ReadFile(file, destination, count, done, overlapped);
+}
+
+// The file has six blocks of 16384 bytes, and a read at its end.
+TEST(Profile_reader_failures, a_read_that_fails_while_sections_are_sought_fails_the_opening)
+{
+    const test::Temporary_folder folder;
+    const std::wstring path = profile(folder);
+    const test::Swap guard(detail::win32.read_file, &failing_read);
+    for (unsigned int reads = 0; reads < 6; ++reads) {
+        const unsigned int handles = test::open_handles();
+        Tam_status status;
+        reads_until_failure = reads;
+        Tam_profile_reader reader(path, status);
+        EXPECT_EQ(chain(status), L"C2000059(" + path + L") C200001B 23") << reads;
+        EXPECT_EQ(test::open_handles(), handles + 1) << "nothing but the buffer's mutex is open";
+        reader.set_current_section(L"Long section", status);
+        EXPECT_EQ(chain(status), L"C200004F(" + path + L")");
+    }
+}
+
+TEST(Profile_reader_failures, a_read_that_fails_in_a_section_leaves_it_empty)
+{
+    const test::Temporary_folder folder;
+    const std::wstring path = profile(folder);
+    const test::Swap guard(detail::win32.read_file, &failing_read);
+    reads_until_failure = ~0U;
+    Tam_status status;
+    Tam_profile_reader reader(path, status);
+    ASSERT_EQ(chain(status), L"");
+    for (unsigned int reads = 0; reads < 6; ++reads) {
+        reads_until_failure = reads;
+        reader.set_current_section(L"Long section", status);
+        EXPECT_EQ(chain(status), L"C2000058(Long section, " + path + L") C200001B 23") << reads;
+        EXPECT_TRUE(reader.end_of_entries());
+    }
+    reads_until_failure = ~0U;
+    reader.set_current_section(L"Long section", status);
+    EXPECT_EQ(chain(status), L"");
+    EXPECT_FALSE(reader.end_of_entries());
+}
+
+TEST(Profile_reader_failures, memory_that_runs_out_is_reported)
+{
+    const test::Temporary_folder folder;
+    const std::wstring path = profile(folder);
+    const unsigned int handles = test::open_handles();
+    bool failed = true;
+    unsigned int failures = 0;
+    for (; failed; ++failures) {
+        ASSERT_LT(failures, 4000U);
+        Tam_status status;
+        Tam_profile_reader reader;
+        std::pair<std::wstring, std::wstring> entry;
+        Tam_object_vector<std::wstring> names;
+        {
+            const test::Failing_allocation failure(failures);
+            reader.open(path, status);
+            if (status.ok()) {
+                reader.get_section_list(names, status);
+            }
+            if (status.ok()) {
+                reader.set_current_section(L"Long section", status);
+                ASSERT_EQ(status.ok(), !reader.end_of_entries());
+            }
+            if (status.ok()) {
+                reader.get_current_entry(entry, status);
+            }
+            failed = failure.happened();
+        }
+        if (failed) {
+            const Tam_status* reason = &status;
+            while (reason->has_child()) {
+                reason = reason->child();
+            }
+            ASSERT_EQ(reason->value(), 0xC2000001U) << failures;
+        } else {
+            ASSERT_EQ(chain(status), L"");
+        }
+    }
+    EXPECT_GT(failures, 1000U);
+    EXPECT_EQ(test::open_handles(), handles);
+}
+
+} // namespace
+} // namespace tam
