@@ -12,7 +12,7 @@
 #include <tests/support/swap.h>
 
 using namespace tam;
-using tam::test::chain_of;
+using tam::test::chain;
 using tam::test::Failing_new;
 using tam::test::live_blocks;
 using tam::test::Swap;
@@ -94,7 +94,7 @@ TEST(Messages_list, reports_the_systems_reason_when_a_module_cannot_be_loaded)
     Tam_messages_list list;
     Tam_status status(7);
     list.add(L"x", status);
-    EXPECT_EQ(chain_of(status), L"c2000002(x) 45a()");
+    EXPECT_EQ(chain(status), L"C2000002(x) 1114");
     EXPECT_EQ(list.begin(), list.end());
 }
 
@@ -117,7 +117,7 @@ TEST(Messages_list, reports_and_survives_every_failing_allocation_of_add)
                 break;
             }
             ++failures;
-            EXPECT_EQ(chain_of(status), L"c2000002(" + name + L") c2000001()") << nth;
+            EXPECT_EQ(chain(status), L"C2000002(" + name + L") C2000001") << nth;
             EXPECT_EQ(list.begin(), list.end());
             EXPECT_EQ(::GetModuleHandleW(MODULE), nullptr);
         }

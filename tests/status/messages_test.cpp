@@ -12,7 +12,7 @@
 #include <tests/support/temporary_folder.h>
 
 using namespace tam;
-using tam::test::chain_of;
+using tam::test::chain;
 
 namespace {
 
@@ -38,7 +38,7 @@ void add(Tam_messages_list& list, const wchar_t* name)
 {
     Tam_status status(7, Int(1, false));
     list.add(name, status);
-    ASSERT_TRUE(status.is_clear()) << "chain " << testing::PrintToString(chain_of(status));
+    ASSERT_TRUE(status.is_clear()) << "chain " << testing::PrintToString(chain(status));
 }
 
 std::vector<std::wstring> names(const Tam_messages_list& list)
@@ -107,7 +107,7 @@ TEST(Messages, reports_a_module_that_cannot_be_loaded_and_still_asks_the_system)
         const Tam_messages messages(one.name, status);
         Tam_status expected(one.error);
         expected.push(0xC2000002, Text(one.name));
-        EXPECT_EQ(chain_of(status), chain_of(expected));
+        EXPECT_EQ(chain(status), chain(expected));
         EXPECT_EQ(messages.name(), one.name);
         std::wstring text;
         EXPECT_TRUE(messages.format_message(Tam_status(ERROR_ACCESS_DENIED), text));
@@ -131,7 +131,7 @@ TEST(Messages_list, adds_a_module_once_whatever_the_letter_case)
     add(list, LIBRARY);
     Tam_status status(7, Int(1, false));
     list.add(L"TAM_Messages.dll", status);
-    EXPECT_EQ(chain_of(status), L"c2000003(TAM_Messages.dll)");
+    EXPECT_EQ(chain(status), L"C2000003(TAM_Messages.dll)");
     EXPECT_EQ(names(list), std::vector<std::wstring>{LIBRARY});
 }
 
@@ -141,7 +141,7 @@ TEST(Messages_list, keeps_its_modules_when_another_cannot_be_added)
     add(list, OTHER);
     Tam_status status(7, Int(1, false));
     list.add(L"no such module.dll", status);
-    EXPECT_EQ(chain_of(status), L"c2000002(no such module.dll) 7e()");
+    EXPECT_EQ(chain(status), L"C2000002(no such module.dll) 126");
     EXPECT_EQ(names(list), std::vector<std::wstring>{OTHER});
 }
 

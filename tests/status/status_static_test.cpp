@@ -9,7 +9,7 @@
 #include <tests/support/failing_new.h>
 
 using namespace tam;
-using tam::test::chain_of;
+using tam::test::chain;
 using tam::test::Failing_new;
 using tam::test::live_blocks;
 
@@ -58,25 +58,24 @@ struct Failing_allocation_case {
 
 TEST(Status, whose_allocation_fails_is_left_in_the_documented_state)
 {
-    const std::wstring unchanged = L"c2000001(" + LONG + L"," + LONG + L") 7(" + LONG + L")";
+    const std::wstring unchanged = L"C2000001(" + LONG + L", " + LONG + L") 7(" + LONG + L")";
     // A push keeps the new code over the old arguments and chain.
-    const std::wstring new_code = L"c2000002(" + LONG + L"," + LONG + L") 7(" + LONG + L")";
+    const std::wstring new_code = L"C2000002(" + LONG + L", " + LONG + L") 7(" + LONG + L")";
     const Failing_allocation_case cases[] = {
         // Two allocations an argument and one a status of the chain.
-        {"push of a status", [](Tam_status& s, const Tam_status& newer) { s.push(newer); }, 6, new_code, L"c2000002()"},
+        {"push of a status", [](Tam_status& s, const Tam_status& newer) { s.push(newer); }, 6, new_code, L"C2000002"},
         {"push of a code", [](Tam_status& s, const Tam_status&) { s.push(CODE_2); }, 1, new_code, L""},
         {"push with arguments", [](Tam_status& s, const Tam_status&) { s.push(CODE_2, LONG_TEXT, LONG_TEXT); }, 5,
-         new_code, L"c2000002()"},
+         new_code, L"C2000002"},
         {"push of itself", [](Tam_status& s, const Tam_status&) { s.push(static_cast<const Tam_status&>(s)); }, 8,
          unchanged, L""},
-        {"assign", [](Tam_status& s, const Tam_status&) { s.assign(CODE_2, LONG_TEXT, LONG_TEXT); }, 4, unchanged,
-         L"0()"},
-        {"copy assignment", [](Tam_status& s, const Tam_status& newer) { s = newer; }, 5, unchanged, L"0()"},
-        {"add_arg", [](Tam_status& s, const Tam_status&) { s.add_arg(LONG_TEXT); }, 2, unchanged, L"0()"},
+        {"assign", [](Tam_status& s, const Tam_status&) { s.assign(CODE_2, LONG_TEXT, LONG_TEXT); }, 4, unchanged, L""},
+        {"copy assignment", [](Tam_status& s, const Tam_status& newer) { s = newer; }, 5, unchanged, L""},
+        {"add_arg", [](Tam_status& s, const Tam_status&) { s.add_arg(LONG_TEXT); }, 2, unchanged, L""},
         {"construction", [](Tam_status&, const Tam_status&) { const Tam_status made(CODE_2, LONG_TEXT, LONG_TEXT); }, 4,
-         unchanged, L"0()"},
+         unchanged, L""},
         {"copy construction", [](Tam_status&, const Tam_status& newer) { const Tam_status made(newer); }, 5, unchanged,
-         L"0()"},
+         L""},
         {"pop", [](Tam_status& s, const Tam_status&) { s.pop(); }, 0, L"", L""},
         {"clear", [](Tam_status& s, const Tam_status&) { s.clear(); }, 0, L"", L""},
     };
@@ -109,7 +108,7 @@ TEST(Status, whose_allocation_fails_is_left_in_the_documented_state)
                     EXPECT_EQ(thrown, failed);
                     if (failed) {
                         EXPECT_EQ(live_blocks(), before);
-                        EXPECT_EQ(chain_of(status), clear ? one.after_on_clear : one.after);
+                        EXPECT_EQ(chain(status), clear ? one.after_on_clear : one.after);
                     } else if (!clear) {
                         EXPECT_EQ(nth - 1, one.allocations);
                     }

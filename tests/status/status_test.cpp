@@ -13,7 +13,7 @@
 #include <tests/support/chain.h>
 
 using namespace tam;
-using tam::test::chain_of;
+using tam::test::chain;
 
 namespace {
 
@@ -163,7 +163,7 @@ TEST(Status, with_code_0_is_clear_only_without_arguments_and_chain)
     EXPECT_FALSE(status.is_clear());
     status.push(0U);
     EXPECT_FALSE(status.is_clear());
-    EXPECT_EQ(chain_of(status), L"0() 0(1)");
+    EXPECT_EQ(chain(status), L"0 0(1)");
     status.clear();
     EXPECT_TRUE(status.is_clear());
 }
@@ -172,8 +172,8 @@ TEST(Status, takes_eight_arguments_and_refuses_a_ninth)
 {
     Tam_status status(CODE_1, Int(1, false), Tam_uint_status_arg(2, false), Tam_bool_status_arg(true), Text(L"4"),
                       Tam_null_status_arg(), Int(-6, false), Text(std::string("7")), Text(std::wstring(L"8")));
-    const std::wstring full = L"c2000001(1,2,True,4,,-6,7,8)";
-    EXPECT_EQ(chain_of(status), full);
+    const std::wstring full = L"C2000001(1, 2, True, 4, , -6, 7, 8)";
+    EXPECT_EQ(chain(status), full);
     EXPECT_EQ(status.end() - status.begin(), 8);
     try {
         status.add_arg(Int(9, false));
@@ -182,19 +182,19 @@ TEST(Status, takes_eight_arguments_and_refuses_a_ninth)
         EXPECT_STREQ(error.what(), "Tam_status::_add_arg - too many arguments.");
     }
     EXPECT_THROW(status.add_arg(Tam_null_status_arg()), std::overflow_error);
-    EXPECT_EQ(chain_of(status), full);
+    EXPECT_EQ(chain(status), full);
     EXPECT_NO_THROW(status.add_arg(NONE));
-    EXPECT_EQ(chain_of(status), full);
+    EXPECT_EQ(chain(status), full);
 }
 
 TEST(Status, knows_a_left_out_argument_by_its_address)
 {
     const Tam_null_status_arg other;
-    EXPECT_EQ(chain_of(Tam_status(CODE_1, NONE, Int(1, false), NONE, other, NONE, Int(2, false))), L"c2000001(1,,2)");
+    EXPECT_EQ(chain(Tam_status(CODE_1, NONE, Int(1, false), NONE, other, NONE, Int(2, false))), L"C2000001(1, , 2)");
     const Tam_null_status_arg copy(NONE);
     Tam_status status(CODE_1);
     status.add_arg(copy);
-    EXPECT_EQ(chain_of(status), L"c2000001()");
+    EXPECT_EQ(chain(status), L"C2000001()");
     EXPECT_EQ(status.end() - status.begin(), 1);
 }
 
@@ -205,27 +205,27 @@ TEST(Status, pushes_above_the_earlier_chain_and_pops_it_back)
     EXPECT_TRUE(status == 0xC0000007);
     EXPECT_FALSE(status.has_child());
     status.push(CODE_1, Text(L"a"), NONE, Text(L"b"));
-    EXPECT_EQ(chain_of(status), L"c2000001(a,b) 7()");
+    EXPECT_EQ(chain(status), L"C2000001(a, b) 7");
     status.push(8);
-    EXPECT_EQ(chain_of(status), L"8() c2000001(a,b) 7()");
+    EXPECT_EQ(chain(status), L"8 C2000001(a, b) 7");
 
     Tam_status newer(CODE_3, Int(3, false));
     newer.push(CODE_2, Int(2, false));
     status.push(newer);
-    EXPECT_EQ(chain_of(status), L"c2000002(2) c2000003(3) 8() c2000001(a,b) 7()");
-    EXPECT_EQ(chain_of(newer), L"c2000002(2) c2000003(3)");
+    EXPECT_EQ(chain(status), L"C2000002(2) C2000003(3) 8 C2000001(a, b) 7");
+    EXPECT_EQ(chain(newer), L"C2000002(2) C2000003(3)");
 
-    for (const wchar_t* expected : {L"c2000003(3) 8() c2000001(a,b) 7()", L"8() c2000001(a,b) 7()",
-                                    L"c2000001(a,b) 7()", L"7()", L"0()", L"0()"}) {
+    for (const wchar_t* expected :
+         {L"C2000003(3) 8 C2000001(a, b) 7", L"8 C2000001(a, b) 7", L"C2000001(a, b) 7", L"7", L"", L""}) {
         status.pop();
-        EXPECT_EQ(chain_of(status), expected);
+        EXPECT_EQ(chain(status), expected);
     }
     EXPECT_TRUE(status.is_clear());
 
     status.push(newer);
-    EXPECT_EQ(chain_of(status), L"c2000002(2) c2000003(3)");
+    EXPECT_EQ(chain(status), L"C2000002(2) C2000003(3)");
     status.push(Tam_status());
-    EXPECT_EQ(chain_of(status), L"0() c2000002(2) c2000003(3)");
+    EXPECT_EQ(chain(status), L"0 C2000002(2) C2000003(3)");
 }
 
 TEST(Status, may_be_given_itself_and_what_it_owns)
@@ -236,29 +236,29 @@ TEST(Status, may_be_given_itself_and_what_it_owns)
         status.push(CODE_1, Text(L"a1"), Text(L"a2"));
         return status;
     };
-    const std::wstring all = L"c2000001(a1,a2) c2000002(b1,b2) c2000003(c)";
+    const std::wstring all = L"C2000001(a1, a2) C2000002(b1, b2) C2000003(c)";
 
     Tam_status status = make();
     const Tam_status& self = status;
     status = self;
-    EXPECT_EQ(chain_of(status), all);
+    EXPECT_EQ(chain(status), all);
     status.push(self);
-    EXPECT_EQ(chain_of(status), all + L" " + all);
+    EXPECT_EQ(chain(status), all + L" " + all);
     status = make();
     status.push(*status.child());
-    EXPECT_EQ(chain_of(status), L"c2000002(b1,b2) c2000003(c) " + all);
+    EXPECT_EQ(chain(status), L"C2000002(b1, b2) C2000003(c) " + all);
     status = make();
     status = *status.child();
-    EXPECT_EQ(chain_of(status), L"c2000002(b1,b2) c2000003(c)");
+    EXPECT_EQ(chain(status), L"C2000002(b1, b2) C2000003(c)");
     status = make();
     status.assign(CODE_3, *status.begin()[1], *status.child()->begin()[0]);
-    EXPECT_EQ(chain_of(status), L"c2000003(a2,b1)");
+    EXPECT_EQ(chain(status), L"C2000003(a2, b1)");
     status = make();
     status.push(CODE_3, *status.begin()[1], *status.child()->begin()[0]);
-    EXPECT_EQ(chain_of(status), L"c2000003(a2,b1) " + all);
+    EXPECT_EQ(chain(status), L"C2000003(a2, b1) " + all);
     status = make();
     status.add_arg(**status.begin());
-    EXPECT_EQ(chain_of(status), L"c2000001(a1,a2,a1) c2000002(b1,b2) c2000003(c)");
+    EXPECT_EQ(chain(status), L"C2000001(a1, a2, a1) C2000002(b1, b2) C2000003(c)");
     Tam_status clear;
     clear.push(static_cast<const Tam_status&>(clear));
     EXPECT_TRUE(clear.is_clear());
@@ -274,7 +274,7 @@ TEST(Status, moves_leave_the_source_clear)
     assigned.push(CODE_3);
     assigned = std::move(made);
     EXPECT_TRUE(made.is_clear());
-    EXPECT_EQ(chain_of(assigned), L"c2000001(a) c2000002(b)");
+    EXPECT_EQ(chain(assigned), L"C2000001(a) C2000002(b)");
 }
 
 TEST(Status, copies_share_nothing)
@@ -293,7 +293,7 @@ TEST(Status, copies_share_nothing)
     original.clear();
     for (const Tam_status* copy :
          {&made, static_cast<const Tam_status*>(&longer), static_cast<const Tam_status*>(&shorter)}) {
-        EXPECT_EQ(chain_of(*copy), L"c2000001(a) c2000002(b)");
+        EXPECT_EQ(chain(*copy), L"C2000001(a) C2000002(b)");
     }
 }
 
@@ -356,17 +356,17 @@ TEST_F(Status_arguments, that_cannot_be_cloned_leave_the_documented_state)
     const Counted_arg four(4), five(5), six(6);
     Tam_status newer(CODE_3, six);
     newer.push(CODE_2, four, five);
-    const wchar_t* const unchanged = L"c2000001(1,2) 7(3)";
+    const wchar_t* const unchanged = L"C2000001(1, 2) 7(3)";
     // A push keeps the new code over the old arguments and chain.
-    const wchar_t* const new_code = L"c2000002(1,2) 7(3)";
+    const wchar_t* const new_code = L"C2000002(1, 2) 7(3)";
     const Failing_clone_case cases[] = {
-        {"push of a status", [&](Tam_status& s) { s.push(newer); }, new_code, L"c2000002()"},
-        {"push of a code", [&](Tam_status& s) { s.push(CODE_2, four, five, six); }, new_code, L"c2000002()"},
-        {"assign", [&](Tam_status& s) { s.assign(CODE_2, four, five, six); }, unchanged, L"0()"},
-        {"copy assignment", [&](Tam_status& s) { s = newer; }, unchanged, L"0()"},
-        {"add_arg", [&](Tam_status& s) { s.add_arg(four); }, unchanged, L"0()"},
-        {"construction", [&](Tam_status&) { const Tam_status made(CODE_2, four, five, six); }, unchanged, L"0()"},
-        {"copy construction", [&](Tam_status&) { const Tam_status made(newer); }, unchanged, L"0()"},
+        {"push of a status", [&](Tam_status& s) { s.push(newer); }, new_code, L"C2000002"},
+        {"push of a code", [&](Tam_status& s) { s.push(CODE_2, four, five, six); }, new_code, L"C2000002"},
+        {"assign", [&](Tam_status& s) { s.assign(CODE_2, four, five, six); }, unchanged, L""},
+        {"copy assignment", [&](Tam_status& s) { s = newer; }, unchanged, L""},
+        {"add_arg", [&](Tam_status& s) { s.add_arg(four); }, unchanged, L""},
+        {"construction", [&](Tam_status&) { const Tam_status made(CODE_2, four, five, six); }, unchanged, L""},
+        {"copy construction", [&](Tam_status&) { const Tam_status made(newer); }, unchanged, L""},
         {"push of itself", [](Tam_status& s) { s.push(Tam_status(s)); }, unchanged, nullptr},
     };
     for (const Failing_clone_case& one : cases) {
@@ -389,7 +389,7 @@ TEST_F(Status_arguments, that_cannot_be_cloned_leave_the_documented_state)
                     EXPECT_STREQ(error.what(), "clone");
                 }
                 ++failures;
-                EXPECT_EQ(chain_of(status), expected);
+                EXPECT_EQ(chain(status), expected);
             }
             EXPECT_TRUE(failures != 0 || expected == nullptr);
         }
@@ -406,21 +406,23 @@ TEST_F(Status_arguments, survive_a_random_walk_against_a_model)
     constexpr unsigned int SEED = 20;
     std::mt19937 random(SEED);
     const auto below = [&](unsigned int limit) { return static_cast<unsigned int>(random() % limit); };
-    const auto text = [](const Model& model) {
+    const auto clear = [](const Model& model) {
+        return model.size() == 1 && model[0].code == 0 && model[0].arguments.empty();
+    };
+    const auto text = [&](const Model& model) {
         std::wstring all;
         for (const Entry& entry : model) {
             wchar_t code[16];
-            ::wsprintfW(code, L"%x(", entry.code);
-            all += (all.empty() ? L"" : L" ") + std::wstring(code);
-            for (std::size_t i = 0; i < entry.arguments.size(); ++i) {
-                all += (i == 0 ? L"" : L",") + std::to_wstring(entry.arguments[i]);
+            ::wsprintfW(code, L"%s%08X", all.empty() ? L"" : L" ", entry.code);
+            all += entry.code == 0 ? L"0" : code;
+            const wchar_t* separator = L"(";
+            for (const int argument : entry.arguments) {
+                all += separator + std::to_wstring(argument);
+                separator = L", ";
             }
-            all += L")";
+            all += entry.arguments.empty() ? L"" : L")";
         }
-        return all;
-    };
-    const auto clear = [](const Model& model) {
-        return model.size() == 1 && model[0].code == 0 && model[0].arguments.empty();
+        return clear(model) ? std::wstring() : all;
     };
     const auto push = [&](Model& model, const Model& newer) {
         if (clear(model)) {
@@ -492,7 +494,7 @@ TEST_F(Status_arguments, survive_a_random_walk_against_a_model)
                 model = {{code, {}}};
             }
         }
-        ASSERT_EQ(chain_of(status), text(model)) << "seed " << SEED << ", step " << step;
+        ASSERT_EQ(chain(status), text(model)) << "seed " << SEED << ", step " << step;
     }
     int held = 0;
     for (const Model& model : models) {

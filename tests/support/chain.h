@@ -6,8 +6,8 @@
 
 namespace tam::test {
 
-/// A status with its whole chain as text, head first: "c2000026(C:\x) c200001e(C:\x) 2()". Each is value() in
-/// hexadecimal with its arguments between commas.
-std::wstring chain_of(const Tam_status& status);
+/// A status with its arguments and chain as one text, newest first, system errors in decimal:
+/// `C2000022(C:\a, C:\b) C200001E(C:\a)` or `C2000026(C:\a) 32`. A clear status gives the empty string.
+std::wstring chain(const Tam_status& status);
 
 } // namespace tam::test

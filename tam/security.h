@@ -1,0 +1,7 @@
+#pragma once
+
+/// @file
+/// Access lists and security descriptors.
+
+#include <tam/security/acl.h>
+#include <tam/security/security.h>
