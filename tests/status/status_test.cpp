@@ -413,8 +413,8 @@ TEST_F(Status_arguments, survive_a_random_walk_against_a_model)
         std::wstring all;
         for (const Entry& entry : model) {
             wchar_t code[16];
-            ::wsprintfW(code, L"%s%08X", all.empty() ? L"" : L" ", entry.code);
-            all += entry.code == 0 ? L"0" : code;
+            ::wsprintfW(code, entry.code == 0 ? L"%X" : L"%08X", entry.code);
+            all += (all.empty() ? L"" : L" ") + std::wstring(code);
             const wchar_t* separator = L"(";
             for (const int argument : entry.arguments) {
                 all += separator + std::to_wstring(argument);
