@@ -58,6 +58,20 @@ std::wstring system_text(DWORD error)
     return std::wstring(text, length);
 }
 
+// Blocks of the heap that the system's own allocations come from.
+unsigned int system_blocks()
+{
+    const HANDLE heap = ::GetProcessHeap();
+    PROCESS_HEAP_ENTRY entry{};
+    unsigned int count = 0;
+    ::HeapLock(heap);
+    while (::HeapWalk(heap, &entry)) {
+        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1U : 0U;
+    }
+    ::HeapUnlock(heap);
+    return count;
+}
+
 bool is_loaded(const wchar_t* name)
 {
     return ::GetModuleHandleW(name) != nullptr;
@@ -270,6 +284,25 @@ TEST(Messages_list, falls_back_to_severity_code_and_arguments)
             add(list, LIBRARY);
         }
     }
+}
+
+TEST(Messages_list, gives_back_the_memory_of_the_systems_texts)
+{
+    Tam_messages_list list;
+    add(list, OTHER);
+    const Tam_status by_module(TAM_E_MODULE_UNLOAD);
+    const Tam_status by_system(2);
+    std::wstring text(2000, L' ');
+    const auto render = [&] {
+        list.format_message(by_module, text);
+        list.format_message(by_system, text);
+    };
+    render();
+    const unsigned int before = system_blocks();
+    for (int i = 0; i < 10; ++i) {
+        render();
+    }
+    EXPECT_EQ(system_blocks(), before);
 }
 
 TEST(Messages_list, passes_on_what_an_argument_throws_and_loses_nothing)
