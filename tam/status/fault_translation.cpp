@@ -117,12 +117,6 @@ bool is_cpp_exception(DWORD code)
     return (code & GCC_EXCEPTION_MASK) == GCC_EXCEPTION || code == MSVC_EXCEPTION;
 }
 
-RUNTIME_FUNCTION* function_at(DWORD64 address, DWORD64& base)
-{
-    base = 0;
-    return ::RtlLookupFunctionEntry(address, &base, nullptr);
-}
-
 // The function's unwind information starts with its version and flags; the size of the prologue follows.
 bool is_in_prologue(const RUNTIME_FUNCTION& function, DWORD64 base, DWORD64 address)
 {
@@ -146,7 +140,7 @@ void leave_frame(CONTEXT& context, RUNTIME_FUNCTION* function, DWORD64 base)
 DWORD64 return_address(const EXCEPTION_RECORD& record, CONTEXT& context)
 {
     DWORD64 base = 0;
-    RUNTIME_FUNCTION* function = function_at(context.Rip, base);
+    RUNTIME_FUNCTION* const function = ::RtlLookupFunctionEntry(context.Rip, &base, nullptr);
     const bool wild_call = function == nullptr && record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION &&
                            record.ExceptionInformation[1] == context.Rip;
     const bool overflow = record.ExceptionCode == EXCEPTION_STACK_OVERFLOW;
@@ -154,11 +148,8 @@ DWORD64 return_address(const EXCEPTION_RECORD& record, CONTEXT& context)
     if (!wild_call && !overflow && !(function != nullptr && is_in_prologue(*function, base, context.Rip))) {
         return context.Rip + 1;
     }
-    // The call of a stack probe lies in its caller's prologue.
-    do {
-        leave_frame(context, function, base);
-        function = function_at(context.Rip - 1, base);
-    } while (function != nullptr && is_in_prologue(*function, base, context.Rip - 1));
+    // The caller may be in its own prologue, at a stack probe: the system asks no handler there.
+    leave_frame(context, function, base);
     return context.Rip;
 }
 
