@@ -4,6 +4,10 @@
 /// The whole library.
 
 #include <tam/container.h>
+#include <tam/datetime.h>
+#include <tam/file.h>
 #include <tam/security.h>
 #include <tam/status.h>
+#include <tam/stream.h>
+#include <tam/text.h>
 #include <tam/thread.h>

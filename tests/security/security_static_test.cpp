@@ -13,8 +13,9 @@
 #include <tests/security/descriptors.h>
 #include <tests/security/security_access.h>
 #include <tests/support/chain.h>
-#include <tests/support/failing_allocation.h>
+#include <tests/support/failing_new.h>
 #include <tests/support/swap.h>
+#include <tests/support/thrown.h>
 
 using namespace tam;
 using detail::win32;
@@ -93,17 +94,6 @@ BOOL WINAPI no_service_write(SC_HANDLE, SECURITY_INFORMATION, void*)
     return FALSE;
 }
 
-template <class Call>
-std::string failed_call(Call&& call)
-{
-    try {
-        call();
-    } catch (const Tam_sys_call_fail& failure) {
-        return failure.what();
-    }
-    return "nothing thrown";
-}
-
 // A descriptor in self-relative form with a list, an owner and a group, as a service would give it.
 std::vector<unsigned char> self_relative()
 {
@@ -151,19 +141,19 @@ BOOL WINAPI query_service(SC_HANDLE, SECURITY_INFORMATION information, void* buf
 
 TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
 {
-    failed_call([] { Tam_security warm_up; });
+    test::thrown<Tam_sys_call_fail>([] { Tam_security warm_up; });
     const unsigned int before = local_blocks();
     {
         const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
-        EXPECT_EQ(failed_call([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
     }
     {
         const Swap allocate(win32.local_alloc, &no_memory);
-        EXPECT_EQ(failed_call([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
     }
     {
         const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
-        EXPECT_EQ(failed_call([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
     }
     EXPECT_EQ(local_blocks(), before);
 }
@@ -195,7 +185,8 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
     }
     {
         const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
-        EXPECT_EQ(failed_call([&] { Access::fetch(security, status); }), "::InitializeSecurityDescriptor");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Access::fetch(security, status); }),
+                  "::InitializeSecurityDescriptor");
     }
     status.clear();
     EXPECT_EQ(local_blocks(), before);
@@ -310,18 +301,18 @@ TEST(Acl, that_cannot_be_initialised_throws_and_keeps_its_list)
     {
         const Swap initialise(
             win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return FALSE; });
-        EXPECT_EQ(failed_call([] { Tam_acl another; }), "::InitializeAcl");
-        EXPECT_EQ(failed_call([&] { acl.erase(status); }), "::InitializeAcl");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_acl another; }), "::InitializeAcl");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { acl.erase(status); }), "::InitializeAcl");
     }
     EXPECT_TRUE(status.is_clear());
     {
-        const test::Failing_allocation failure(1);
+        const test::Failing_new failure(1);
         acl.erase(status);
     }
     EXPECT_EQ(status, 0xC2000001U);
     EXPECT_EQ(Access::list(acl), list);
     {
-        const test::Failing_allocation failure(1);
+        const test::Failing_new failure(1);
         EXPECT_THROW(Tam_acl another, std::bad_alloc);
     }
 }
@@ -333,7 +324,7 @@ TEST(Acl, a_copy_without_memory_has_no_list)
     const auto copy = [&](const Tam_acl& source) { return std::make_unique<Tam_acl>(source, status); };
     std::unique_ptr<Tam_acl> without;
     {
-        const test::Failing_allocation failure(2); // the first is the object
+        const test::Failing_new failure(2); // the first is the object
         without = copy(acl);
     }
     EXPECT_EQ(status, 0xC2000001U);
