@@ -4,6 +4,7 @@
 /// The whole library.
 
 #include <tam/container.h>
+#include <tam/process.h>
 #include <tam/security.h>
 #include <tam/status.h>
 #include <tam/thread.h>
