@@ -4,7 +4,11 @@
 /// The whole library.
 
 #include <tam/container.h>
+#include <tam/datetime.h>
+#include <tam/file.h>
 #include <tam/process.h>
 #include <tam/security.h>
 #include <tam/status.h>
+#include <tam/stream.h>
+#include <tam/text.h>
 #include <tam/thread.h>

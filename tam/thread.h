@@ -5,5 +5,7 @@
 
 #include <tam/thread/critical.h>
 #include <tam/thread/event.h>
+#include <tam/thread/exclusive_lock.h>
 #include <tam/thread/mutex.h>
+#include <tam/thread/semaphore.h>
 #include <tam/thread/sleep.h>

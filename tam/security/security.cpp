@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <iterator>
 #include <stdexcept>
-#include <utility>
-#include <vector>
 
 #include <windows.h>
 
@@ -210,13 +208,17 @@ void* Tam_security::_fetch_descriptor(Tam_status& status) const
 
 void* Tam_security::_query_service(Tam_status& status) const
 {
-    std::vector<std::byte> answer(FIRST_SERVICE_QUERY_BYTES);
+    DWORD size = FIRST_SERVICE_QUERY_BYTES;
     for (;;) {
-        const auto size = static_cast<DWORD>(answer.size());
+        const detail::Local_memory answer(detail::win32.local_alloc(LMEM_FIXED, SIZE_T{size}));
+        if (!answer) {
+            detail::assign_failure(status, TAM_E_OUT_OF_MEMORY);
+            return nullptr;
+        }
         DWORD needed = 0;
         if (detail::win32.query_service_object_security(static_cast<SC_HANDLE>(m_object_handle),
-                                                        DACL_SECURITY_INFORMATION, answer.data(), size, &needed)) {
-            return sr_to_absolute(answer.data(), status);
+                                                        DACL_SECURITY_INFORMATION, answer.get(), size, &needed)) {
+            return sr_to_absolute(answer.get(), status);
         }
         const DWORD error = ::GetLastError();
         // The descriptor can grow between two queries, so each may name another size.
@@ -224,7 +226,7 @@ void* Tam_security::_query_service(Tam_status& status) const
             status = error;
             return nullptr;
         }
-        answer.resize(needed);
+        size = needed;
     }
 }
 

@@ -39,7 +39,16 @@ Tam_status::Tam_status(Tam_status&& other) noexcept
 Tam_status& Tam_status::operator=(const Tam_status& other)
 {
     if (this != &other) {
-        *this = Tam_status(other);
+        // Set aside, not released: other may belong to this chain, and a failure gives it back.
+        Tam_status old(std::move(*this));
+        try {
+            m_code = other.m_code;
+            _copy_args(other);
+            _copy_chain(other);
+        } catch (...) {
+            *this = std::move(old);
+            throw;
+        }
     }
     return *this;
 }
@@ -65,12 +74,19 @@ Tam_status& Tam_status::operator=(unsigned int code) noexcept
     return *this;
 }
 
-void Tam_status::assign(unsigned int code, const Tam_status_arg& a1, const Tam_status_arg& a2,
-                        const Tam_status_arg& a3, const Tam_status_arg& a4, const Tam_status_arg& a5,
-                        const Tam_status_arg& a6, const Tam_status_arg& a7, const Tam_status_arg& a8)
+void Tam_status::assign(unsigned int code, const Tam_status_arg& a1, const Tam_status_arg& a2, const Tam_status_arg& a3,
+                        const Tam_status_arg& a4, const Tam_status_arg& a5, const Tam_status_arg& a6,
+                        const Tam_status_arg& a7, const Tam_status_arg& a8)
 {
-    // Cloned first, since an argument may be one of this status's own.
-    *this = Tam_status(code, a1, a2, a3, a4, a5, a6, a7, a8);
+    // Set aside, not released: an argument may be one of this status's own, and a failure gives it back.
+    Tam_status old(std::move(*this));
+    try {
+        m_code = _normalised(code);
+        _add_args({{&a1, &a2, &a3, &a4, &a5, &a6, &a7, &a8}});
+    } catch (...) {
+        *this = std::move(old);
+        throw;
+    }
 }
 
 void Tam_status::add_arg(const Tam_status_arg& arg)
@@ -80,59 +96,26 @@ void Tam_status::add_arg(const Tam_status_arg& arg)
 
 void Tam_status::push(const Tam_status& newer)
 {
-    if (is_clear()) {
-        *this = newer;
+    if (&newer == this && is_clear()) {
         return;
     }
-    auto older = std::make_unique<Tam_status>();
-    try {
-        Tam_status head(newer); // a copy first: newer may be this status or belong to its chain
-        _move_down(*older);
-        *this = std::move(head);
-    } catch (...) {
-        // The code is the new one all the same: callers rely on it.
-        m_code = newer.m_code;
-        throw;
-    }
-    Tam_status* last = this;
-    while (last->m_child != nullptr) {
-        last = last->m_child;
-    }
-    last->m_child = older.release();
+    _push(newer.m_code, [this, &newer](const Tam_status& old) {
+        const Tam_status& source = &newer == this ? old : newer;
+        _copy_args(source);
+        _copy_chain(source);
+    });
 }
 
 void Tam_status::push(unsigned int code)
 {
-    if (is_clear()) {
-        *this = code;
-        return;
-    }
-    auto older = std::make_unique<Tam_status>();
-    _move_down(*older);
-    m_code = _normalised(code);
-    m_child = older.release();
+    _push(_normalised(code), [](const Tam_status&) {});
 }
 
 void Tam_status::push(unsigned int code, const Tam_status_arg& a1, const Tam_status_arg& a2, const Tam_status_arg& a3,
                       const Tam_status_arg& a4, const Tam_status_arg& a5, const Tam_status_arg& a6,
                       const Tam_status_arg& a7, const Tam_status_arg& a8)
 {
-    auto older = is_clear() ? nullptr : std::make_unique<Tam_status>();
-    if (older != nullptr) {
-        _move_down(*older);
-    }
-    m_code = _normalised(code);
-    try {
-        _add_args({{&a1, &a2, &a3, &a4, &a5, &a6, &a7, &a8}});
-    } catch (...) {
-        // The code stays the new one: callers rely on it.
-        _remove_args();
-        if (older != nullptr) {
-            _move_back(*older);
-        }
-        throw;
-    }
-    m_child = older.release();
+    _push(_normalised(code), [&](const Tam_status&) { _add_args({{&a1, &a2, &a3, &a4, &a5, &a6, &a7, &a8}}); });
 }
 
 void Tam_status::pop() noexcept
@@ -217,12 +200,33 @@ void Tam_status::_delete_child() noexcept
     }
 }
 
-// Gives code, arguments and chain to older, which is clear; this status keeps its code alone.
-void Tam_status::_move_down(Tam_status& older) noexcept
+// Moves this status, unless it is clear, down the chain below a new head with this code. fill adds the head's arguments
+// and chain; it is given the status as it was. Whatever fails, the code stays the new one: callers rely on it.
+template <class Fill>
+void Tam_status::_push(unsigned int code, const Fill& fill)
 {
-    older.m_code = m_code;
-    _move_args(older);
-    older.m_child = std::exchange(m_child, nullptr);
+    const bool was_clear = is_clear();
+    const unsigned int old_code = std::exchange(m_code, code);
+    std::unique_ptr<Tam_status> older;
+    if (!was_clear) {
+        older = std::make_unique<Tam_status>(old_code);
+        _move_args(*older);
+        older->m_child = std::exchange(m_child, nullptr);
+    }
+    try {
+        fill(was_clear ? *this : *older);
+    } catch (...) {
+        _release();
+        if (older != nullptr) {
+            _move_back(*older);
+        }
+        throw;
+    }
+    Tam_status* last = this;
+    while (last->m_child != nullptr) {
+        last = last->m_child;
+    }
+    last->m_child = older.release();
 }
 
 // Takes arguments and chain from older in the place of its own; the code stays.

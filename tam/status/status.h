@@ -37,14 +37,14 @@ public:
     static constexpr unsigned int FACILITY_MASK = 0x0FFF0000;
     static constexpr unsigned int NUMBER_MASK = 0x0000FFFF;
 
-    // Not SEVERITY_ERROR and the like: those are macros of <windows.h>.
+    // Not SEVERITY_SUCCESS and so on: winerror.h has macros of these names.
     static constexpr unsigned int SUCCESS_SEVERITY = 0x00000000;
     static constexpr unsigned int INFORMATION_SEVERITY = 0x40000000;
     static constexpr unsigned int WARNING_SEVERITY = 0x80000000;
     static constexpr unsigned int ERROR_SEVERITY = 0xC0000000;
 
     /// A clear status: code 0, no arguments, no chain.
-    Tam_status() noexcept = default;
+    Tam_status() noexcept {} // not defaulted, so that a constant needs no initialiser
 
     /// A status with this code, no arguments and no chain.
     Tam_status(unsigned int code) noexcept : m_code(_normalised(code)) {}
@@ -72,14 +72,16 @@ public:
         }
     }
 
-    /// Copies code, arguments and the whole chain. When memory runs out this status keeps what it held.
+    /// Copies code, arguments and the whole chain. When memory runs out or an argument cannot be cloned, this status
+    /// keeps what it held.
     Tam_status& operator=(const Tam_status& other);
     Tam_status& operator=(Tam_status&& other) noexcept;
 
     /// Becomes a status with this code, no arguments and no chain.
     Tam_status& operator=(unsigned int code) noexcept;
 
-    /// Becomes a status with this code and clones of the arguments, without a chain.
+    /// Becomes a status with this code and clones of the arguments, without a chain. After a failure this status keeps
+    /// what it held.
     void assign(unsigned int code, const Tam_status_arg& a1 = Tam_null_status_arg::NULL_ARGUMENT,
                 const Tam_status_arg& a2 = Tam_null_status_arg::NULL_ARGUMENT,
                 const Tam_status_arg& a3 = Tam_null_status_arg::NULL_ARGUMENT,
@@ -101,7 +103,8 @@ public:
     /// the head carries the new code.
     void push(const Tam_status& newer);
 
-    /// Puts a new head with this code and no arguments on top. On a clear status: assigns the code.
+    /// Puts a new head with this code and no arguments on top. On a clear status: assigns the code. A failure leaves
+    /// what push(const Tam_status&) says.
     void push(unsigned int code);
 
     /// Puts a new head with this code and clones of the arguments on top. On a clear status: assigns them. A failure
@@ -176,7 +179,8 @@ private:
     void _move_args(Tam_status& receiver) noexcept;
     void _copy_chain(const Tam_status& other);
     void _delete_child() noexcept;
-    void _move_down(Tam_status& older) noexcept;
+    template <class Fill>
+    void _push(unsigned int code, const Fill& fill);
     void _move_back(Tam_status& older) noexcept;
     void _release() noexcept;
 

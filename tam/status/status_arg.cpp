@@ -21,8 +21,7 @@ constexpr int STRING_RESOURCE_UNITS = 1024;
 
 Tam_status_arg::~Tam_status_arg() = default;
 
-const GUID Tam_null_status_arg::ID = {
-    0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x01}};
+const GUID Tam_null_status_arg::ID = {0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x01}};
 const Tam_null_status_arg Tam_null_status_arg::NULL_ARGUMENT;
 
 Tam_null_status_arg::~Tam_null_status_arg() = default;
@@ -47,8 +46,7 @@ Tam_status_arg* Tam_null_status_arg::clone(const void*) const
     return new Tam_null_status_arg(*this);
 }
 
-const GUID Tam_int_status_arg::ID = {
-    0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x02}};
+const GUID Tam_int_status_arg::ID = {0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x02}};
 
 Tam_int_status_arg::~Tam_int_status_arg() = default;
 
@@ -72,8 +70,7 @@ Tam_status_arg* Tam_int_status_arg::clone(const void*) const
     return new Tam_int_status_arg(*this);
 }
 
-const GUID Tam_uint_status_arg::ID = {
-    0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x03}};
+const GUID Tam_uint_status_arg::ID = {0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x03}};
 
 Tam_uint_status_arg::~Tam_uint_status_arg() = default;
 
@@ -97,8 +94,7 @@ Tam_status_arg* Tam_uint_status_arg::clone(const void*) const
     return new Tam_uint_status_arg(*this);
 }
 
-const GUID Tam_bool_status_arg::ID = {
-    0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x04}};
+const GUID Tam_bool_status_arg::ID = {0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x04}};
 
 Tam_bool_status_arg::~Tam_bool_status_arg() = default;
 
@@ -125,8 +121,7 @@ Tam_status_arg* Tam_bool_status_arg::clone(const void*) const
     return new Tam_bool_status_arg(*this);
 }
 
-const GUID Tam_wstring_status_arg::ID = {
-    0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x05}};
+const GUID Tam_wstring_status_arg::ID = {0x5b1f6d3a, 0x0c0e, 0x4d7b, {0x9a, 0x51, 0x3e, 0x6c, 0x27, 0x90, 0xd8, 0x05}};
 
 Tam_wstring_status_arg::Tam_wstring_status_arg(const std::string& value)
 {

@@ -6,9 +6,9 @@
 
 namespace tam {
 
-Tam_buffer::Tam_buffer() : m_mutex(false, nullptr) {}
+Tam_buffer::Tam_buffer() = default;
 
-Tam_buffer::Tam_buffer(const Tam_buffer& other) : m_mutex(false, nullptr)
+Tam_buffer::Tam_buffer(const Tam_buffer& other)
 {
     const std::lock_guard guard(other.m_mutex);
     m_unbuffered_istreams = other.m_unbuffered_istreams;

@@ -1,0 +1,7 @@
+#pragma once
+
+/// @file
+/// Dates and times.
+
+#include <tam/datetime/period.h>
+#include <tam/datetime/time.h>

@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// Paths, files and directories.
+
+#include <tam/file/path.h>

@@ -1,0 +1,19 @@
+# A fault in inner_fault.dll, called by outer_fault.dll, reaches the test program through both.
+add_library(inner_fault SHARED status/inner_fault.cpp)
+add_library(outer_fault SHARED status/outer_fault.cpp)
+set_target_properties(inner_fault outer_fault PROPERTIES PREFIX "")
+target_link_libraries(inner_fault PRIVATE tam_warnings)
+target_link_libraries(outer_fault PRIVATE inner_fault tam_warnings)
+target_link_libraries(status_test PRIVATE outer_fault)
+
+# What ends a process is tried in a child.
+add_executable(status_fault_child status/fault_child.cpp)
+target_link_libraries(status_fault_child PRIVATE tam tam_warnings)
+add_dependencies(status_test status_fault_child)
+
+# Loads and unloads tam.dll by hand.
+if(NOT TAM_STATIC)
+    add_executable(status_unload_child status/unload_child.cpp)
+    target_link_libraries(status_unload_child PRIVATE tam_warnings)
+    add_dependencies(status_test status_unload_child tam)
+endif()
