@@ -1,14 +1,14 @@
 #pragma once
 
+/// @file
+/// Comparison without regard to case, as the C run-time's _stricmp and _wcsicmp do it: both texts in lower case of the
+/// current locale, unit by unit. A text ends at its first NUL: what follows one inside a string does not count.
+
 #include <string>
 
 #include <tam/detail/export.h>
 
 namespace tam {
-
-/// @file
-/// Comparison without regard to case, as the C run-time's _stricmp and _wcsicmp do it: both texts in lower case of the
-/// current locale, unit by unit. A text ends at its first NUL: what follows one inside a string does not count.
 
 /// Whether a and b are the same but for case.
 TAM_API bool tam_string_equal_nc(const std::string& a, const std::string& b);

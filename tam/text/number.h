@@ -1,15 +1,15 @@
 #pragma once
 
+/// @file
+/// Numbers as text. White space and digits are what the C run-time takes for them in its current locale; the wide
+/// digits include more than 0 to 9 (Arabic ones, superscripts).
+
 #include <concepts>
 #include <string>
 
 #include <tam/detail/export.h>
 
 namespace tam {
-
-/// @file
-/// Numbers as text. White space and digits are what the C run-time takes for them in its current locale; the wide
-/// digits include more than 0 to 9 (Arabic ones, superscripts).
 
 /// Whether text is a signed 32-bit decimal number: white space, an optional "+" or "-", and digits only, whose value
 /// after any number of leading zeros lies from -2147483648 to 2147483647. Anything behind the digits, white space

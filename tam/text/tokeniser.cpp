@@ -26,7 +26,13 @@ public:
         m_low[QUOTE] = QUOTE_MARK;
     }
 
-    Role operator()(wchar_t c) const { return c < m_low.size() ? m_low[c] : m_any_high ? _search(c) : ORDINARY; }
+    Role operator()(wchar_t c) const
+    {
+        if (c < m_low.size()) {
+            return m_low[c];
+        }
+        return m_any_high ? _search(c) : ORDINARY;
+    }
 
 private:
     void _mark(const std::wstring& set, Role role)

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include <tam/text/tokeniser.h>
+
+using namespace tam;
+
+namespace {
+
+using Tokens = std::vector<std::wstring>;
+
+Tokens tokens_of(const Tam_tokeniser& tokeniser, const std::wstring& text)
+{
+    Tam_object_vector<std::wstring> tokens;
+    tokens.push_back(L"an earlier token");
+    tokeniser.tokenise(text, tokens);
+    return {tokens.begin(), tokens.end()};
+}
+
+Tokens tokens_of(const wchar_t* separators, const wchar_t* ignore, const wchar_t* terminators, const wchar_t* terminals,
+                 bool include_separators, bool allow_empty_tokens, const std::wstring& text)
+{
+    return tokens_of(Tam_tokeniser(separators, ignore, terminators, terminals, include_separators, allow_empty_tokens),
+                     text);
+}
+
+// The rules as they are written down, one character at a time.
+Tokens reference_tokens(const Tam_tokeniser& rules, const std::wstring& text)
+{
+    Tokens tokens;
+    std::wstring token;
+    const auto end_token = [&] {
+        if (!token.empty() || rules.allow_empty_tokens()) {
+            tokens.push_back(token);
+        }
+        token.clear();
+    };
+    const auto in = [](const std::wstring& set, wchar_t c) { return set.find(c) != set.npos; };
+    if (text.empty()) {
+        return tokens;
+    }
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const wchar_t c = text[i];
+        if (c == L'"') {
+            quoted = !quoted;
+            token += c;
+        } else if (quoted) {
+            token += c;
+            if (c == L'\\' && i + 1 < text.size() && text[i + 1] == L'"') {
+                token += text[++i];
+            }
+        } else if (in(rules.terminators(), c)) {
+            break;
+        } else if (in(rules.ignore(), c)) {
+            continue;
+        } else if (in(rules.separators(), c)) {
+            if (rules.include_separators()) {
+                token += c;
+            }
+            end_token();
+        } else if (in(rules.terminals(), c)) {
+            end_token();
+            token += c;
+            end_token();
+        } else {
+            token += c;
+        }
+    }
+    end_token();
+    return tokens;
+}
+
+} // namespace
+
+TEST(Tokeniser, splits_at_blanks_and_tabs_up_to_a_line_feed_by_default)
+{
+    const Tam_tokeniser tokeniser;
+    EXPECT_EQ(tokeniser.separators(), L" \t");
+    EXPECT_EQ(tokeniser.ignore(), L"");
+    EXPECT_EQ(tokeniser.terminators(), L"\n");
+    EXPECT_EQ(tokeniser.terminals(), L"");
+    EXPECT_FALSE(tokeniser.include_separators());
+    EXPECT_FALSE(tokeniser.allow_empty_tokens());
+    EXPECT_EQ(tokens_of(tokeniser, L"a  b\tc"), (Tokens{L"a", L"b", L"c"}));
+    EXPECT_EQ(tokens_of(tokeniser, L"a b\nc d"), (Tokens{L"a", L"b"}));
+    EXPECT_EQ(tokens_of(tokeniser, L"\na"), Tokens{});
+    EXPECT_EQ(tokens_of(tokeniser, L" \t "), Tokens{});
+    EXPECT_EQ(tokens_of(tokeniser, L""), Tokens{});
+}
+
+TEST(Tokeniser, keeps_quoted_stretches_with_their_quotes)
+{
+    const Tam_tokeniser tokeniser;
+    EXPECT_EQ(tokens_of(tokeniser, L"x \"y z\" w"), (Tokens{L"x", L"\"y z\"", L"w"}));
+    EXPECT_EQ(tokens_of(tokeniser, L"a\"b c\"d e"), (Tokens{L"a\"b c\"d", L"e"}));
+    EXPECT_EQ(tokens_of(tokeniser, L"\"a\\\" b\" c"), (Tokens{L"\"a\\\" b\"", L"c"}));
+    EXPECT_EQ(tokens_of(tokeniser, L"\"a \nb\tc"), (Tokens{L"\"a \nb\tc"}));
+    EXPECT_EQ(tokens_of(tokeniser, L"\"a\\"), (Tokens{L"\"a\\"}));
+    // Before a quote outside quotes a backslash means nothing; nor does a quote in a set.
+    EXPECT_EQ(tokens_of(tokeniser, L"a\\\"b c"), (Tokens{L"a\\\"b c"}));
+    EXPECT_EQ(tokens_of(L"\" ", L"\"", L"\"", L"\"", false, false, L"a\"b c\" d"), (Tokens{L"a\"b c\"", L"d"}));
+    // A doubled backslash does not hide the second one from the quote behind it.
+    EXPECT_EQ(tokens_of(tokeniser, L"\"a\\\\\" b"), (Tokens{L"\"a\\\\\" b"}));
+}
+
+TEST(Tokeniser, empty_tokens_stand_between_and_behind_separators_and_terminals)
+{
+    EXPECT_EQ(tokens_of(L" ", L"", L"\n", L"", false, true, L"a  b "), (Tokens{L"a", L"", L"b", L""}));
+    EXPECT_EQ(tokens_of(L" ", L"", L"\n", L"=", false, true, L"a =b="), (Tokens{L"a", L"", L"=", L"b", L"=", L""}));
+    EXPECT_EQ(tokens_of(L" ", L"", L"\n", L"", false, true, L"\n"), Tokens{L""});
+    EXPECT_EQ(tokens_of(L" ", L"", L"\n", L"", false, true, L""), Tokens{});
+}
+
+TEST(Tokeniser, a_character_in_several_sets_acts_by_the_first_of_them)
+{
+    EXPECT_EQ(tokens_of(L",", L",", L",", L",", false, true, L"a,b"), Tokens{L"a"});
+    EXPECT_EQ(tokens_of(L",", L",", L"", L",", false, true, L"a,b"), Tokens{L"ab"});
+    EXPECT_EQ(tokens_of(L",", L"", L"", L",", true, true, L"a,b"), (Tokens{L"a,", L"b"}));
+    EXPECT_EQ(tokens_of(L"", L"", L"", L",", false, true, L"a,b"), (Tokens{L"a", L",", L"b"}));
+    EXPECT_EQ(tokens_of(L"", L"", L"", L"", false, true, L"a,b"), Tokens{L"a,b"});
+}
+
+TEST(Tokeniser, can_be_copied_and_changed)
+{
+    const Tam_tokeniser original(L"1", L"2", L"3", L"4", true, true);
+    Tam_tokeniser copy(original);
+    copy.separators(L";");
+    copy.ignore(L"!");
+    copy.terminators(L".");
+    copy.terminals(L"\u00b7");
+    copy.include_separators(false);
+    copy.allow_empty_tokens(false);
+    EXPECT_EQ(tokens_of(copy, L"a!b;;c\u00b7d.e"), (Tokens{L"ab", L"c", L"\u00b7", L"d"}));
+    EXPECT_EQ(tokens_of(original, L"a12b4c3d"), (Tokens{L"a1", L"b", L"4", L"c"}));
+    copy = original;
+    EXPECT_EQ(tokens_of(copy, L"a12b4c3d"), (Tokens{L"a1", L"b", L"4", L"c"}));
+}
+
+TEST(Tokeniser, the_text_may_be_one_of_the_tokens_that_it_replaces)
+{
+    Tam_object_vector<std::wstring> tokens;
+    tokens.push_back(L"a text that is long enough to lie outside its string");
+    Tam_tokeniser().tokenise(tokens.at(0), tokens);
+    EXPECT_EQ(tokens.size(), 11u);
+    EXPECT_EQ(tokens.back(), L"string");
+}
+
+TEST(Tokeniser, random_texts_agree_with_the_rules)
+{
+    constexpr unsigned int SEED = 1984;
+    SCOPED_TRACE(testing::Message() << "seed " << SEED);
+    std::mt19937 random(SEED);
+    const auto text = [&random](std::size_t limit) {
+        static constexpr wchar_t UNITS[] = L"ab,; =\n\"\"\\\\\0\u00e4\u3000\xd800";
+        std::wstring units;
+        for (auto length = random() % limit; length != 0; --length) {
+            units += UNITS[random() % std::size(UNITS)];
+        }
+        return units;
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const Tam_tokeniser tokeniser(text(4), text(3), text(3), text(4), random() % 2 != 0, random() % 2 != 0);
+        const std::wstring given = text(30);
+        ASSERT_EQ(tokens_of(tokeniser, given), reference_tokens(tokeniser, given)) << i;
+    }
+}
+
+TEST(Tokeniser, keeps_every_character_when_separators_are_included)
+{
+    std::wstring text;
+    for (unsigned int c = 1; c < 0x10000; ++c) {
+        if (c != L'"' && c != L'\n') {
+            text += static_cast<wchar_t>(c);
+            text += c % 3 == 0 ? L" " : L"";
+        }
+    }
+    const Tam_tokeniser tokeniser(L" \u4e00", L"", L"\n", L"=\u4e01", true, false);
+    std::wstring joined;
+    for (const std::wstring& token : tokens_of(tokeniser, text)) {
+        joined += token;
+    }
+    EXPECT_EQ(joined, text);
+}
