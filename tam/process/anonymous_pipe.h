@@ -10,8 +10,8 @@ class Tam_status;
 /// An unnamed one-way pipe inside a process: what is written at its one end is read at the other, in that order.
 ///
 /// The ends are meant for different threads: a reader waits until a writer has written, a writer of a full pipe until
-/// the reader has read. Several threads may write at the same time: what each of them writes in one call stays together,
-/// so that records of one size arrive whole at a reader who asks for that size. Which thread comes first is not promised.
+/// the reader has read. Several threads may write at the same time: what one call writes stays together, so that
+/// records of one size arrive whole at a reader who asks for that size. Which thread comes first is not promised.
 ///
 /// Both ends belong to the object and close together, in the destructor; so a reader that waits is not woken by the end
 /// of its writers, and no thread may be inside a call when the object is destroyed. Child processes do not inherit the

@@ -79,8 +79,8 @@ public:
     ///
     /// A transfer that fails is not reported in the status: the returned count is 0.
     /// @param status  not cleared; becomes TAM_E_NAMED_PIPE_NONE (0xC200004D) when the pipe could not be made or opened
-    /// @return bytes read; 0 when the other end is gone and all that it wrote has been read, when there is none yet, and
-    ///         when this end may not read
+    /// @return bytes read; 0 when the other end is gone and all that it wrote has been read, when there is none yet,
+    ///         and when this end may not read
     unsigned int read(unsigned int count, unsigned char* data, Tam_status& status) const;
 
 protected:
@@ -136,8 +136,8 @@ public:
 class TAM_API Tam_named_pipe_client : public Tam_named_pipe {
 public:
     /// Opens the pipe "\\" server "\pipe\" name, which must exist and have an instance without a client. It does not
-    /// wait for one: the system's reason is "file not found" (2) when there is no pipe of the name and "pipe busy" (231)
-    /// when all its instances have clients.
+    /// wait for one: the system's reason is "file not found" (2) when there is no pipe of the name and "pipe busy"
+    /// (231) when all its instances have clients.
     /// @param server   name of the machine; a single dot is this one
     /// @param name     without regard to case
     /// @param options  see there; an access mode that is none of those fails with the system's invalid parameter (87)

@@ -39,9 +39,9 @@ struct Tam_process_details {
 ///
 /// **Copies are shallow.** The copy constructor and the copy assignment copy every member, the handle's value included;
 /// the handle is not duplicated, and each of the objects closes it: in its destructor and when it starts another
-/// program. So once one object of a copied set is gone, the others hold a handle that is closed, or that by then belongs
-/// to something else, which they would wait for, terminate or close. A copy assignment does not close what its target
-/// held before, as another copy may still use it. To hand a background process on, move it.
+/// program. So once one object of a copied set is gone, the others hold a handle that is closed, or that by then
+/// belongs to something else, which they would wait for, terminate or close. A copy assignment does not close what its
+/// target held before, as another copy may still use it. To hand a background process on, move it.
 ///
 /// The end of the object is not the end of the program: it goes on. An object has no lock.
 class TAM_API Tam_process {
@@ -70,9 +70,8 @@ public:
 
     /// Runs a program, or starts it in the background.
     ///
-    /// A program that cannot be started in the modes COMPLETE and COMPLETE_ALSO is not reported: the result of the start
-    /// is not examined, the status stays good, and get_exit_code gives -1. (The status of a start in the background
-    /// tells.)
+    /// A program that cannot be started in the modes COMPLETE and COMPLETE_ALSO is not reported: the result of the
+    /// start is not examined, the status stays good, and get_exit_code gives -1. Only a start in the background tells.
     ///
     /// A start that is refused because a program is running already has replaced mode, program and arguments all the
     /// same: these are what the messages of the other operations name from then on, and in another mode than BACKGROUND
@@ -89,8 +88,8 @@ public:
     void start_process(const std::wstring& program, const std::wstring& arguments, const Tam_process_details& details,
                        Tam_status& status);
 
-    /// Waits until the background program has ended. Returns at once when there is none, also after a run to completion.
-    /// A wait that the system refuses is not reported.
+    /// Waits until the background program has ended. Returns at once when there is none, also after a run to
+    /// completion. A wait that the system refuses is not reported.
     /// @param status        cleared first; TAM_E_PROCESS_TIME_OUT (0xC2000047) with program and arguments when the
     ///                      program has not ended within the time
     /// @param milliseconds  only the low 32 bits count: 0 tests without waiting, 0xFFFFFFFF waits for ever, and
@@ -102,8 +101,8 @@ public:
 
     /// Ends the background program at once, with the exit code 0; nothing of it gets a chance to clean up. It may still
     /// run for a moment when the call returns: wait() for its end. Without a background program nothing happens.
-    /// @param status  not cleared; on failure, also when the program has ended before, the system's reason, on top of it
-    ///                TAM_E_PROCESS_TERMINATE (0xC2000049) with program
+    /// @param status  not cleared; on failure, also when the program has ended before, the system's reason, on top of
+    ///                it TAM_E_PROCESS_TERMINATE (0xC2000049) with program
     void terminate(Tam_status& status) const;
 
     /// The exit code of the program that has ended.
