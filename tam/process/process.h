@@ -101,8 +101,8 @@ public:
 
     /// Ends the background program at once, with the exit code 0; nothing of it gets a chance to clean up. It may still
     /// run for a moment when the call returns: wait() for its end. Without a background program nothing happens.
-    /// @param status  not cleared; on failure, also when the program has ended before, the system's reason, on top of
-    ///                it TAM_E_PROCESS_TERMINATE (0xC2000049) with program
+    /// @param status  not cleared; on failure, which can be that the program has ended before, the system's reason, on
+    ///                top of it TAM_E_PROCESS_TERMINATE (0xC2000049) with program
     void terminate(Tam_status& status) const;
 
     /// The exit code of the program that has ended.

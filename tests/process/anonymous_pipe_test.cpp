@@ -72,7 +72,7 @@ TEST_F(Anonymous_pipe, reader_waits_for_data)
 TEST_F(Anonymous_pipe, records_of_many_posters_never_tear)
 {
     constexpr unsigned int POSTERS = 6;
-    constexpr unsigned int RECORDS = 1000;
+    constexpr unsigned int RECORDS = 500;
     struct Record {
         unsigned int poster;
         unsigned int number;

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -16,36 +13,36 @@ namespace tam::test {
 /// Ends the program when the scope takes longer: what waits for ever in a call cannot be stopped otherwise.
 class Time_limit {
 public:
-    explicit Time_limit(std::chrono::seconds limit)
-        : m_thread([this, limit] {
-              std::unique_lock lock(m_mutex);
-              if (!m_ended.wait_for(lock, limit, [this] { return m_done; })) {
+    explicit Time_limit(DWORD milliseconds)
+        : m_thread([this, milliseconds] {
+              ::SetEvent(m_started);
+              if (::WaitForSingleObject(m_done, milliseconds) == WAIT_TIMEOUT) {
                   std::fputs("the test did not end within its time\n", stderr);
                   std::fflush(stderr);
                   ::TerminateProcess(::GetCurrentProcess(), 1);
               }
           })
-    {}
+    {
+        // The thread must not open handles of its own while a test counts them.
+        ::WaitForSingleObject(m_started, milliseconds);
+    }
     ~Time_limit()
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_done = true;
-        }
-        m_ended.notify_one();
+        ::SetEvent(m_done);
         m_thread.join();
+        ::CloseHandle(m_done);
+        ::CloseHandle(m_started);
     }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_ended;
-    bool m_done = false;
+    const HANDLE m_started = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE m_done = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
     std::thread m_thread;
 };
 
 /// A test that may block.
 class Limited : public testing::Test {
-    const Time_limit m_limit{std::chrono::seconds(40)};
+    const Time_limit m_limit{40000};
 };
 
 /// The path of the program of child.cpp; it has no blank.

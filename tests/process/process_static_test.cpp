@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <iterator>
 #include <string>
+
+#include <windows.h>
 
 #include <tam/detail/win32.h>
 #include <tam/process/anonymous_pipe.h>
@@ -34,7 +38,7 @@ Swap<BOOL(WINAPI*)(Arguments...)> failing(BOOL(WINAPI*& call)(Arguments...))
     return Swap<BOOL(WINAPI*)(Arguments...)>(call, &fail<Arguments...>);
 }
 
-// What reached CreatePipe and CreateNamedPipeW last.
+// What reached CreatePipe, CreateNamedPipeW and CreateFileW last.
 SECURITY_ATTRIBUTES* g_attributes;
 DWORD g_size;
 std::wstring g_path;
@@ -51,7 +55,6 @@ HANDLE WINAPI record_create_named_pipe(const wchar_t* path, DWORD open_mode, DWO
     return INVALID_HANDLE_VALUE;
 }
 
-// What reached CreateFileW last.
 HANDLE WINAPI record_create_file(const wchar_t* path, DWORD access, DWORD sharing, SECURITY_ATTRIBUTES* attributes,
                                  DWORD disposition, DWORD flags, HANDLE)
 {
