@@ -40,9 +40,9 @@
 ///    replaces it until a thread installs again. A debugger gets the fault instead of the filter.
 ///  - A structured handler above the catching function that takes the fault (in system code that calls back) comes before
 ///    the catch clause.
-///  - After a stack overflow has been caught the thread calls tam_install_exception_translator() again, or _resetstkoflw
-///    of the C run-time, before the stack may overflow once more. In the frame that overflowed the compiler need not
-///    expect an exception: where it does not, its destructors do not run.
+///  - After it has caught a stack overflow the thread calls tam_install_exception_translator() again, before the stack
+///    may overflow once more: the guard page that notices it is used up. The function whose call did not fit, or that
+///    used a local variable beyond the end, is left without its destructors and handlers; those of its callers run.
 ///  - A translator that returns ends the program (std::terminate).
 ///
 /// With a compiler that has _set_se_translator, these functions are that, and its options and rules hold (/EHa).

@@ -1,11 +1,11 @@
 #include <tam/thread/exclusive_lock.h>
 
-#include <mutex>
 #include <new>
 #include <stdexcept>
 
 #include <windows.h>
 
+#include <tam/detail/mutex_guard.h>
 #include <tam/security/security.h>
 
 namespace tam {
@@ -32,11 +32,9 @@ Tam_exclusive_lock::Tam_exclusive_lock(const std::wstring& name, bool locked, Ta
 
 Tam_exclusive_lock::~Tam_exclusive_lock() = default;
 
-// The guard is released by hand on the normal ways out, since a failing release must be reported.
-
 bool Tam_exclusive_lock::try_lock()
 {
-    std::unique_lock guard(m_guard);
+    detail::Mutex_guard guard(m_guard);
     const bool can_take = m_named ? m_is_taken != nullptr && !m_is_taken->signaled() : m_owner == NOT_LOCKED;
     if (can_take) {
         _set_locked(true);
@@ -47,7 +45,7 @@ bool Tam_exclusive_lock::try_lock()
 
 void Tam_exclusive_lock::unlock()
 {
-    std::unique_lock guard(m_guard);
+    detail::Mutex_guard guard(m_guard);
     const bool was_locked = m_named ? m_is_taken != nullptr && m_is_taken->signaled() : m_owner != NOT_LOCKED;
     if (was_locked) {
         _set_locked(false);

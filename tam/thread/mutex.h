@@ -19,8 +19,8 @@ class Tam_status;
 /// process; it lives as long as one of them does. Names are case-sensitive and used exactly as given; one without the
 /// prefix "Global\" or "Local\" must have no backslash. The system reads a name up to its first null character.
 ///
-/// Any thread may call any member. std::lock_guard<Tam_mutex> and std::unique_lock<Tam_mutex> work. The object can be
-/// neither copied nor moved.
+/// Any thread may call any member. std::lock_guard<Tam_mutex> and std::unique_lock<Tam_mutex> work; a release that fails
+/// in their destructors ends the program. The object can be neither copied nor moved.
 class TAM_API Tam_mutex {
 public:
     /// An unnamed mutex, not owned, with the process's default security.

@@ -1,7 +1,8 @@
 #include <tam/thread/semaphore.h>
 
-#include <mutex>
 #include <stdexcept>
+
+#include <tam/detail/mutex_guard.h>
 
 namespace tam {
 
@@ -14,12 +15,10 @@ Tam_semaphore::Tam_semaphore(unsigned int initial, unsigned int maximum) : m_ava
 
 Tam_semaphore::~Tam_semaphore() = default;
 
-// The guard is released by hand on the normal ways out, since a failing release must be reported.
-
 void Tam_semaphore::lock(unsigned int n)
 {
     _check_request(n);
-    std::unique_lock guard(m_guard);
+    detail::Mutex_guard guard(m_guard);
     while (m_available < n) {
         guard.unlock();
         m_freed.wait();
@@ -32,7 +31,7 @@ void Tam_semaphore::lock(unsigned int n)
 bool Tam_semaphore::try_lock(unsigned int n)
 {
     _check_request(n);
-    std::unique_lock guard(m_guard);
+    detail::Mutex_guard guard(m_guard);
     const bool can_take = m_available >= n;
     if (can_take) {
         _take(n);
@@ -43,7 +42,7 @@ bool Tam_semaphore::try_lock(unsigned int n)
 
 void Tam_semaphore::unlock(unsigned int n)
 {
-    std::unique_lock guard(m_guard);
+    detail::Mutex_guard guard(m_guard);
     const unsigned int available = m_available + n;
     if (available > m_maximum) {
         throw std::invalid_argument("Unlocking too much on semaphore.");
@@ -55,7 +54,7 @@ void Tam_semaphore::unlock(unsigned int n)
 
 unsigned int Tam_semaphore::count() const
 {
-    std::unique_lock guard(m_guard);
+    detail::Mutex_guard guard(m_guard);
     const unsigned int held = m_maximum - m_available;
     guard.unlock();
     return held;

@@ -1,4 +1,3 @@
-#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -136,88 +135,49 @@ TEST(File_calls, failures_carry_the_systems_reason_and_keep_no_handle)
     const Temporary_folder folder;
     const std::wstring path = folder.file(L"file", "abc");
     const std::wstring to = folder / L"to";
+    ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
     const unsigned int handles = test::open_handles();
     {
+        auto& calls = detail::win32;
         Tam_status status;
-        Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_NONE, status);
-        char bytes[4];
-        {
-            const auto guard = failing(detail::win32.read_file);
-            EXPECT_EQ(file.read(bytes, 4, status), 0U);
-            EXPECT_EQ(chain(status), L"C200001B " + REASON);
-        }
-        {
-            const auto guard = failing(detail::win32.write_file);
-            EXPECT_EQ(file.write(bytes, 4, status), 0U);
-            EXPECT_EQ(chain(status), L"C200001A " + REASON);
-        }
-        {
-            const auto guard = failing(detail::win32.flush_file_buffers);
-            file.flush(status);
-            EXPECT_EQ(chain(status), L"C200001A " + REASON);
-        }
-        {
-            const auto guard = failing(detail::win32.set_end_of_file);
-            file.truncate(status);
-            EXPECT_EQ(chain(status), L"C2000063 " + REASON);
-        }
-        {
-            file.seek(2ULL, status);
-            const auto guard = failing(detail::win32.set_file_pointer_ex);
-            file.seek(TAM_SEEK_END, 0, status);
-            EXPECT_EQ(chain(status), L"C2000027 " + REASON);
-            file.seek(0ULL, status);
-            EXPECT_EQ(chain(status), L"C2000027 " + REASON);
+        Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ, status);
+        const auto expect = [&status](auto& call, const std::wstring& code, auto operation) {
+            const auto guard = failing(call);
+            operation();
+            EXPECT_EQ(chain(status), code + L" " + REASON);
+        };
+        char byte;
+        file.seek(2ULL, status);
+        expect(calls.read_file, L"C200001B", [&] { EXPECT_EQ(file.read(&byte, 1, status), 0U); });
+        expect(calls.write_file, L"C200001A", [&] { EXPECT_EQ(file.write(&byte, 1, status), 0U); });
+        expect(calls.flush_file_buffers, L"C200001A", [&] { file.flush(status); });
+        expect(calls.set_end_of_file, L"C2000063", [&] { file.truncate(status); });
+        expect(calls.set_file_pointer_ex, L"C2000027", [&] {
             EXPECT_EQ(file.tell(), 0U);
-        }
+            file.seek(TAM_SEEK_END, 0, status);
+        });
         EXPECT_EQ(file.tell(), 2U);
-        {
-            const auto guard = failing(detail::win32.get_file_size_ex);
-            EXPECT_EQ(file.length(), 0U);
-        }
-        EXPECT_EQ(file.length(), 3U);
-    }
-    Tam_status status;
-    {
-        const auto guard = failing(detail::win32.copy_file);
-        Tam_file::copy(path, to, false, status);
-        EXPECT_EQ(chain(status), L"C2000022(" + path + L", " + to + L") " + REASON);
-    }
-    {
-        const auto guard = failing(detail::win32.move_file);
-        Tam_file::move(path, to, status);
-        EXPECT_EQ(chain(status), L"C2000023(" + path + L", " + to + L") " + REASON);
-    }
-    {
-        const auto guard = failing(detail::win32.delete_file);
-        Tam_file::remove(path, status, false);
-        EXPECT_EQ(chain(status), L"C2000024(" + path + L") " + REASON);
-    }
-    {
-        ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
-        const auto guard = failing(detail::win32.set_file_attributes);
-        Tam_file::remove(path, status, true);
-        EXPECT_EQ(chain(status), L"C2000024(" + path + L") " + REASON);
-        EXPECT_EQ(Temporary_folder::bytes_of(path), "abc");
-    }
-    {
+        expect(calls.get_file_size_ex, L"C2000027", [&] { EXPECT_EQ(file.length(), 0U); });
+        const std::wstring both = L"(" + path + L", " + to + L")";
+        expect(calls.copy_file, L"C2000022" + both, [&] { Tam_file::copy(path, to, false, status); });
+        expect(calls.move_file, L"C2000023" + both, [&] { Tam_file::move(path, to, status); });
+        const std::wstring deleting = L"C2000024(" + path + L")";
+        expect(calls.delete_file, deleting, [&] { Tam_file::remove(path, status, false); });
+        expect(calls.set_file_attributes, deleting, [&] { Tam_file::remove(path, status, true); });
+        expect(calls.get_disk_free_space_ex, L"C2000029(" + path.substr(0, 3) + L")", [&] {
+            unsigned long long numbers[3] = {1, 2, 3};
+            Tam_file_system(path).stats(numbers[0], numbers[1], numbers[2], status);
+            EXPECT_TRUE(numbers[0] == 1 && numbers[1] == 2 && numbers[2] == 3);
+        });
         const Swap guard(
-            detail::win32.get_file_attributes, +[](const wchar_t*) WINAPI -> DWORD {
+            calls.get_file_attributes, +[](const wchar_t*) WINAPI -> DWORD {
                 ::SetLastError(ERROR_DISK_FULL);
                 return INVALID_FILE_ATTRIBUTES;
             });
         Tam_file::remove(path, status, true);
-        EXPECT_EQ(chain(status), L"C2000024(" + path + L") " + REASON);
+        EXPECT_EQ(chain(status), deleting + L" " + REASON);
     }
-    {
-        const auto guard = failing(detail::win32.get_disk_free_space_ex);
-        unsigned long long total = 1;
-        unsigned long long free = 2;
-        unsigned long long available = 3;
-        Tam_file_system(path).stats(total, free, available, status);
-        EXPECT_EQ(chain(status), L"C2000029(" + path.substr(0, 3) + L") " + REASON);
-        EXPECT_EQ(total + free + available, 6U);
-    }
+    EXPECT_EQ(Temporary_folder::bytes_of(path), "abc");
     EXPECT_EQ(test::open_handles(), handles);
 }
 

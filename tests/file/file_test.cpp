@@ -1,8 +1,6 @@
 #include <chrono>
-#include <cstring>
 #include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -29,21 +27,27 @@ bool exists(const std::wstring& path)
     return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// Opens path with everything allowed, for tests of something else.
-void open_for_all(Tam_file& file, const std::wstring& path)
-{
-    Tam_status status;
-    file.open(path, TAM_FILE_OPEN_ALWAYS, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, status);
-    ASSERT_EQ(chain(status), L"");
-}
+class File : public testing::Test {
+protected:
+    // Opens path with everything allowed, for tests of something else.
+    void open(const std::wstring& path)
+    {
+        m_file.open(path, TAM_FILE_OPEN_ALWAYS, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
+        ASSERT_EQ(chain(m_status), L"");
+    }
+
+    Temporary_folder m_folder;
+    Tam_status m_status{1}; // of an earlier failure
+    Tam_file m_file;
+};
 
 } // namespace
 
-TEST(File, open_reports_the_first_obstacle)
+TEST_F(File, open_reports_the_first_obstacle)
 {
-    const Temporary_folder folder;
-    const std::wstring missing = folder / L"missing";
-    const std::wstring file = folder.file(L"file", "abc");
+    const std::wstring& folder = m_folder.path();
+    const std::wstring missing = m_folder / L"missing";
+    const std::wstring file = m_folder.file(L"file", "abc");
     const auto bad_mode = static_cast<Tam_file_open>(3);
     const auto bad_access = static_cast<Tam_file_access>(4);
     const struct {
@@ -53,42 +57,31 @@ TEST(File, open_reports_the_first_obstacle)
         std::wstring reason;
     } cases[] = {
         {L"", TAM_FILE_OPEN_EMPTY, TAM_FILE_READ, L"C200001D()"},
-        {folder.path(), TAM_FILE_OPEN_EMPTY, TAM_FILE_READ, L"C200001F(" + folder.path() + L")"},
+        {folder, TAM_FILE_OPEN_EMPTY, TAM_FILE_READ, L"C200001F(" + folder + L")"},
         {missing, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, L"C200001E(" + missing + L")"},
         {missing, bad_mode, TAM_FILE_READ_WRITE, L"C200001E(" + missing + L")"},
         {missing, TAM_FILE_OPEN_EMPTY, TAM_FILE_READ, L"C2000025"},
-        {file, TAM_FILE_OPEN_EMPTY, TAM_FILE_READ, L"C2000025"},
         {file, TAM_FILE_OPEN_EMPTY, bad_access, L"C2000025"},
-        {missing + L"\\file", TAM_FILE_OPEN_ALWAYS, TAM_FILE_WRITE, std::to_wstring(ERROR_PATH_NOT_FOUND)},
+        {missing + L"\\file", TAM_FILE_OPEN_ALWAYS, TAM_FILE_WRITE, L"3"},
     };
     for (const auto& c : cases) {
-        Tam_status status(1);
-        Tam_file opened(c.path, c.mode, c.access, 0, TAM_FILE_SHARE_NONE, status);
-        EXPECT_EQ(chain(status), L"C2000026(" + c.path + L") " + c.reason);
-        EXPECT_FALSE(opened.is_open());
+        m_file.open(c.path, c.mode, c.access, 0, TAM_FILE_SHARE_NONE, m_status);
+        EXPECT_EQ(chain(m_status), L"C2000026(" + c.path + L") " + c.reason);
+        EXPECT_FALSE(m_file.is_open());
     }
     EXPECT_FALSE(exists(missing));
     EXPECT_EQ(Temporary_folder::bytes_of(file), "abc");
-}
 
-TEST(File, an_open_file_is_not_opened_again)
-{
-    const Temporary_folder folder;
-    const std::wstring second = folder / L"second";
-    Tam_file file;
-    open_for_all(file, folder.file(L"first", "abc"));
-    const unsigned int handles = test::open_handles();
-    for (const std::wstring& path : {second, std::wstring()}) {
-        Tam_status status;
-        file.open(path, TAM_FILE_OPEN_ALWAYS, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_NONE, status);
-        EXPECT_EQ(chain(status), L"C2000026(" + path + L") C200005D");
+    open(file);
+    for (const std::wstring& path : {missing, std::wstring()}) {
+        m_file.open(path, TAM_FILE_OPEN_ALWAYS, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_NONE, m_status);
+        EXPECT_EQ(chain(m_status), L"C2000026(" + path + L") C200005D");
     }
-    EXPECT_FALSE(exists(second));
-    EXPECT_EQ(file.length(), 3U);
-    EXPECT_EQ(test::open_handles(), handles);
+    EXPECT_FALSE(exists(missing));
+    EXPECT_EQ(m_file.length(), 3U);
 }
 
-TEST(File, the_mode_decides_what_becomes_of_the_contents)
+TEST_F(File, the_mode_decides_what_becomes_of_the_contents)
 {
     const auto bad_mode = static_cast<Tam_file_open>(0xFFFFFFFF);
     const struct {
@@ -102,96 +95,65 @@ TEST(File, the_mode_decides_what_becomes_of_the_contents)
         {TAM_FILE_OPEN_ALWAYS, TAM_FILE_WRITE, true, "abc"},
         {TAM_FILE_OPEN_ALWAYS, TAM_FILE_READ, false, ""},
         {TAM_FILE_OPEN_EMPTY, TAM_FILE_WRITE, true, ""},
-        {TAM_FILE_OPEN_EMPTY, TAM_FILE_READ_WRITE, true, ""},
         {TAM_FILE_OPEN_EMPTY, TAM_FILE_ALL, true, ""},
-        {TAM_FILE_OPEN_EMPTY, TAM_FILE_WRITE, false, ""},
+        {TAM_FILE_OPEN_EMPTY, TAM_FILE_READ_WRITE, false, ""},
     };
     for (const auto& c : cases) {
-        const Temporary_folder folder;
-        const std::wstring path = c.existing ? folder.file(L"file", "abc") : folder / L"file";
-        Tam_status status;
-        Tam_file file(path, c.mode, c.access, 0, TAM_FILE_SHARE_READ_WRITE, status);
-        EXPECT_EQ(chain(status), L"");
-        EXPECT_EQ(file.tell(), 0U);
-        file.close();
+        const std::wstring path = m_folder.file(L"file", "abc");
+        ASSERT_TRUE(c.existing || ::DeleteFileW(path.c_str()));
+        Tam_file(path, c.mode, c.access, 0, TAM_FILE_SHARE_NONE, m_status);
+        EXPECT_EQ(chain(m_status), L"");
         EXPECT_EQ(Temporary_folder::bytes_of(path), c.contents);
     }
 }
 
-TEST(File, sharing_decides_who_else_may_open)
+TEST_F(File, sharing_decides_who_else_may_open)
 {
-    const Temporary_folder folder;
-    const std::wstring path = folder.file(L"file", "abc");
+    const std::wstring path = m_folder.file(L"file", "abc");
     const std::wstring refused = L"C2000026(" + path + L") " + std::to_wstring(ERROR_SHARING_VIOLATION);
-    const struct {
-        Tam_file_sharing sharing;
-        bool reads;
-        bool writes;
-    } cases[] = {
-        {TAM_FILE_SHARE_NONE, false, false},
-        {TAM_FILE_SHARE_READ, true, false},
-        {TAM_FILE_SHARE_WRITE, false, true},
-        {TAM_FILE_SHARE_READ_WRITE, true, true},
-        {static_cast<Tam_file_sharing>(4), false, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.sharing);
-        Tam_status status;
-        const Tam_file holder(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, c.sharing, status);
-        ASSERT_EQ(chain(status), L"");
-        const Tam_file reader(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);
-        EXPECT_EQ(chain(status), c.reads ? L"" : refused);
-        const Tam_file writer(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, status);
-        EXPECT_EQ(chain(status), c.writes ? L"" : refused);
+    for (unsigned int sharing = 0; sharing <= 4; ++sharing) {
+        const Tam_file holder(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, static_cast<Tam_file_sharing>(sharing),
+                              m_status);
+        Tam_file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
+        EXPECT_EQ(chain(m_status), sharing == 1 || sharing == 3 ? L"" : refused) << sharing;
+        Tam_file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
+        EXPECT_EQ(chain(m_status), sharing == 2 || sharing == 3 ? L"" : refused) << sharing;
     }
 }
 
-TEST(File, delete_on_close_is_used_only_as_the_lowest_flag)
+TEST_F(File, every_operation_on_a_closed_file_says_so)
 {
-    const Temporary_folder folder;
-    const std::wstring path = folder / L"file";
-    for (const unsigned int flags : {32U | 16U, 16U | 8U}) {
-        Tam_status status;
-        Tam_file file(path, TAM_FILE_OPEN_EMPTY, TAM_FILE_WRITE, flags, TAM_FILE_SHARE_NONE, status);
-        EXPECT_EQ(chain(status), L"");
-        EXPECT_TRUE(exists(path));
-        file.close();
-        EXPECT_EQ(exists(path), flags == (16U | 8U));
-    }
-}
-
-TEST(File, every_operation_on_a_closed_file_says_so)
-{
-    Tam_file file;
     char byte = 0;
-    Tam_status status;
-    file.seek(TAM_SEEK_START, 0, status);
-    EXPECT_EQ(chain(status), L"C2000027 C2000028");
-    file.seek(0ULL, status);
-    EXPECT_EQ(chain(status), L"C2000027 C2000028");
-    EXPECT_EQ(file.read(&byte, 1, status), 0U);
-    EXPECT_EQ(chain(status), L"C200001B C2000028");
-    EXPECT_EQ(file.write(&byte, 1, status), 0U);
-    EXPECT_EQ(chain(status), L"C200001A C2000028");
-    file.flush(status);
-    EXPECT_EQ(chain(status), L"C200001A C2000028");
-    file.truncate(status);
-    EXPECT_EQ(chain(status), L"C2000063 " + std::to_wstring(ERROR_INVALID_HANDLE));
+    m_file.seek(TAM_SEEK_START, 0, m_status);
+    EXPECT_EQ(chain(m_status), L"C2000027 C2000028");
+    EXPECT_EQ(m_file.read(&byte, 1, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"C200001B C2000028");
+    m_file.seek(0ULL, m_status);
+    EXPECT_EQ(chain(m_status), L"C2000027 C2000028");
+    EXPECT_EQ(m_file.write(&byte, 1, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"C200001A C2000028");
+    m_file.truncate(m_status);
+    EXPECT_EQ(chain(m_status), L"C2000063 " + std::to_wstring(ERROR_INVALID_HANDLE));
+    m_file.flush(m_status);
+    EXPECT_EQ(chain(m_status), L"C200001A C2000028");
     Tam_security security;
-    file.add_security(security, status);
-    EXPECT_EQ(chain(status), L"C2000075");
-    EXPECT_EQ(file.tell(), 0U);
-    EXPECT_EQ(file.length(), 0U);
-    file.close();
-    EXPECT_FALSE(file.is_open());
+    m_file.add_security(security, m_status);
+    EXPECT_EQ(chain(m_status), L"C2000075");
+    EXPECT_EQ(m_file.tell() + m_file.length(), 0U);
+    m_file.close();
+
+    open(m_folder / L"file");
+    m_file.add_security(security, m_status);
+    EXPECT_EQ(chain(m_status), L"");
+    m_file.add_security(security, m_status);
+    EXPECT_EQ(chain(m_status), L"C2000078");
 }
 
-TEST(File, seeks_count_from_start_position_or_end)
+TEST_F(File, seeks_count_from_start_position_or_end)
 {
-    const Temporary_folder folder;
-    Tam_file file;
-    open_for_all(file, folder.file(L"file", "0123456789"));
+    open(m_folder.file(L"file", "0123456789"));
     const std::wstring negative = L"C2000027 " + std::to_wstring(ERROR_NEGATIVE_SEEK);
+    constexpr int MOST = 0x7FFFFFFF;
     const struct {
         unsigned int mode;
         int offset;
@@ -200,14 +162,13 @@ TEST(File, seeks_count_from_start_position_or_end)
     } cases[] = {
         {0, 4, 4, false},
         {1, 3, 7, false},
-        {1, -7, 0, false},
-        {1, -1, 0, true},
+        {1, -8, 7, true},
         {2, -3, 7, false},
+        {2, -11, 7, true},
         {2, 5, 15, false},
-        {2, -11, 15, true},
         {0, -1, 15, true},
-        {0, 0x7FFFFFFF, 0x7FFFFFFF, false},
-        {1, 0x7FFFFFFF, 0xFFFFFFFE, false},
+        {0, MOST, 0x7FFFFFFF, false},
+        {1, MOST, 0xFFFFFFFE, false},
         {1, 5, 0x100000003, false},
         // Any other mode counts from the position.
         {3, -3, 0x100000000, false},
@@ -215,303 +176,217 @@ TEST(File, seeks_count_from_start_position_or_end)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.mode << ", " << c.offset);
-        Tam_status status;
-        file.seek(static_cast<Tam_seek_mode>(c.mode), c.offset, status);
-        EXPECT_EQ(chain(status), c.fails ? negative : L"");
-        EXPECT_EQ(file.tell(), c.expected);
+        m_status.clear();
+        m_file.seek(static_cast<Tam_seek_mode>(c.mode), c.offset, m_status);
+        EXPECT_EQ(chain(m_status), c.fails ? negative : L"");
+        EXPECT_EQ(m_file.tell(), c.expected);
     }
-    Tam_status status;
-    file.seek(1ULL << 63, status);
-    EXPECT_EQ(chain(status), negative);
-    EXPECT_EQ(file.length(), 10U);
+    m_file.seek(1ULL << 63, m_status);
+    EXPECT_EQ(chain(m_status), negative);
+    EXPECT_EQ(m_file.length(), 10U);
 }
 
-TEST(File, reads_and_writes_beyond_4_gib_without_filling_the_disk)
+TEST_F(File, reads_and_writes_beyond_4_gib_without_filling_the_disk)
 {
-    const Temporary_folder folder;
-    const std::wstring path = folder / L"sparse";
+    const std::wstring path = m_folder / L"sparse";
     unsigned long long total = 0;
     unsigned long long before = 0;
     unsigned long long after = 0;
     unsigned long long available = 0;
-    Tam_status status;
-    Tam_file_system::stats(folder.path(), total, before, available, status);
-    Tam_file file;
-    open_for_all(file, path);
-    file.seek(5 * GIB, status);
-    EXPECT_EQ(file.write("x", 1, status), 1U);
-    EXPECT_EQ(file.tell(), 5 * GIB + 1);
-    EXPECT_EQ(file.length(), 5 * GIB + 1);
+    Tam_file_system::stats(m_folder.path(), total, before, available, m_status);
+    open(path);
+    m_file.seek(5 * GIB, m_status);
+    EXPECT_EQ(m_file.write("x", 1, m_status), 1U);
+    EXPECT_EQ(m_file.tell(), 5 * GIB + 1);
+    EXPECT_EQ(m_file.length(), 5 * GIB + 1);
     EXPECT_EQ(Tam_file::length(path), 5 * GIB + 1);
-    file.seek(TAM_SEEK_END, -1, status);
+    m_file.seek(TAM_SEEK_END, -1, m_status);
     char byte = 0;
-    EXPECT_EQ(file.read(&byte, 1, status), 1U);
+    EXPECT_EQ(m_file.read(&byte, 1, m_status), 1U);
     EXPECT_EQ(byte, 'x');
-    Tam_file_system::stats(folder.path(), total, after, available, status);
-    EXPECT_EQ(chain(status), L"");
+    Tam_file_system::stats(m_folder.path(), total, after, available, m_status);
+    EXPECT_EQ(chain(m_status), L"");
     EXPECT_LT(before, after + 4 * GIB);
 }
 
-TEST(File, reads_what_is_there_and_then_the_end)
+TEST_F(File, reads_what_is_there_and_then_the_end)
 {
-    const Temporary_folder folder;
-    const std::wstring path = folder.file(L"file", "abcde");
-    Tam_status status(1);
-    Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ, status);
+    open(m_folder.file(L"file", "abcde"));
     char bytes[4] = {};
-    EXPECT_EQ(file.read(bytes, 4, status), 4U);
-    EXPECT_EQ(chain(status), L"");
+    EXPECT_EQ(m_file.read(bytes, 4, m_status), 4U);
     EXPECT_EQ(std::string(bytes, 4), "abcd");
-    EXPECT_EQ(file.read(bytes, 4, status), 1U);
-    EXPECT_EQ(chain(status), L"");
+    EXPECT_EQ(m_file.read(bytes, 4, m_status), 1U);
+    EXPECT_EQ(chain(m_status), L"");
     EXPECT_EQ(bytes[0], 'e');
-    EXPECT_EQ(file.read(bytes, 4, status), 0U);
-    EXPECT_EQ(chain(status), L"C2000019");
+    EXPECT_EQ(m_file.read(bytes, 4, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"C2000019");
     // Nothing was asked for, so there is no end to report.
-    EXPECT_EQ(file.read(bytes, 0, status), 0U);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_EQ(file.tell(), 5U);
+    EXPECT_EQ(m_file.read(bytes, 0, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"");
+    EXPECT_EQ(m_file.tell(), 5U);
 }
 
-TEST(File, a_missing_right_is_the_systems_error)
+TEST_F(File, a_missing_right_is_the_systems_error)
 {
-    const Temporary_folder folder;
-    const std::wstring path = folder.file(L"file", "abc");
-    Tam_status status;
+    const std::wstring path = m_folder.file(L"file", "abc");
     char byte = 0;
-    Tam_file writer(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, status);
-    EXPECT_EQ(writer.read(&byte, 1, status), 0U);
-    EXPECT_EQ(chain(status), L"C200001B 5");
-    Tam_file reader(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);
-    EXPECT_EQ(reader.write(&byte, 1, status), 0U);
-    EXPECT_EQ(chain(status), L"C200001A 5");
-    reader.flush(status);
-    EXPECT_EQ(chain(status), L"C200001A 5");
-    reader.truncate(status);
-    EXPECT_EQ(status, TAM_E_FILE_TRUNCATE);
-    EXPECT_TRUE(status.has_child()); // which error it is differs between systems
-    // An access beyond the table opens without rights.
-    Tam_file neither(path, TAM_FILE_OPEN_EXISTING, static_cast<Tam_file_access>(4), 0, TAM_FILE_SHARE_READ_WRITE,
-                     status);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_EQ(neither.read(&byte, 1, status), 0U);
-    EXPECT_EQ(chain(status), L"C200001B 5");
+    Tam_file writer(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
+    EXPECT_EQ(writer.read(&byte, 1, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"C200001B 5");
+    // An access beyond the table opens without any right.
+    const auto none = static_cast<Tam_file_access>(4);
+    Tam_file file(path, TAM_FILE_OPEN_EXISTING, none, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
+    EXPECT_EQ(chain(m_status), L"");
+    EXPECT_EQ(file.read(&byte, 1, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"C200001B 5");
+    EXPECT_EQ(file.write(&byte, 1, m_status), 0U);
+    EXPECT_EQ(chain(m_status), L"C200001A 5");
     EXPECT_EQ(Temporary_folder::bytes_of(path), "abc");
 }
 
-TEST(File, a_success_leaves_the_status_alone_but_for_read)
+TEST_F(File, a_success_leaves_the_status_alone_but_for_read)
 {
-    const Temporary_folder folder;
-    Tam_file file;
-    open_for_all(file, folder / L"file");
-    Tam_status status(5);
-    file.seek(TAM_SEEK_START, 0, status);
-    file.seek(0ULL, status);
-    EXPECT_EQ(file.write("ab", 2, status), 2U);
-    file.flush(status);
-    file.truncate(status);
-    EXPECT_EQ(chain(status), L"5");
-    file.seek(0ULL, status);
+    open(m_folder / L"file");
+    m_status = 5;
+    EXPECT_EQ(m_file.write("ab", 2, m_status), 2U);
+    m_file.flush(m_status);
+    m_file.truncate(m_status);
+    m_file.seek(TAM_SEEK_END, 0, m_status);
+    m_file.seek(0ULL, m_status);
+    EXPECT_EQ(chain(m_status), L"5");
     char byte = 0;
-    EXPECT_EQ(file.read(&byte, 1, status), 1U);
-    EXPECT_EQ(chain(status), L"");
+    EXPECT_EQ(m_file.read(&byte, 1, m_status), 1U);
+    EXPECT_EQ(chain(m_status), L"");
 }
 
-TEST(File, truncate_makes_the_position_the_end)
+TEST_F(File, truncate_makes_the_position_the_end)
 {
-    const Temporary_folder folder;
-    const std::wstring path = folder.file(L"file", "abcdef");
-    Tam_file file;
-    open_for_all(file, path);
-    Tam_status status;
-    file.seek(2ULL, status);
-    file.truncate(status);
+    const std::wstring path = m_folder.file(L"file", "abcdef");
+    open(path);
+    m_file.seek(2ULL, m_status);
+    m_file.truncate(m_status);
     EXPECT_EQ(Temporary_folder::bytes_of(path), "ab");
-    file.seek(4ULL, status);
-    file.truncate(status);
-    EXPECT_EQ(chain(status), L"");
+    m_file.seek(4ULL, m_status);
+    m_file.truncate(m_status);
+    EXPECT_EQ(chain(m_status), L"");
     EXPECT_EQ(Temporary_folder::bytes_of(path), std::string("ab\0\0", 4));
-    EXPECT_EQ(file.tell(), 4U);
 }
 
-TEST(File, security_is_associated_once)
+TEST_F(File, create_empty_file_cuts_or_creates)
 {
-    const Temporary_folder folder;
-    Tam_file file;
-    open_for_all(file, folder / L"file");
-    Tam_security security;
-    Tam_status status(1);
-    file.add_security(security, status);
-    EXPECT_EQ(chain(status), L"");
-    file.add_security(security, status);
-    EXPECT_EQ(chain(status), L"C2000078");
+    const std::wstring existing = m_folder.file(L"existing", "abc");
+    Tam_file::create_empty_file(existing, m_status, true);
+    EXPECT_EQ(chain(m_status), L"");
+    Tam_file::create_empty_file(m_folder / L"fresh", m_status, false);
+    EXPECT_EQ(chain(m_status), L"");
+    EXPECT_EQ(Temporary_folder::bytes_of(existing) + Temporary_folder::bytes_of(m_folder / L"fresh"), "");
+    Tam_file::create_empty_file(L"", m_status, false);
+    EXPECT_EQ(chain(m_status), L"C2000026() C200001D()");
 }
 
-TEST(File, create_empty_file_cuts_or_creates)
+TEST_F(File, copy_and_move_report_the_first_obstacle)
 {
-    const Temporary_folder folder;
-    const std::wstring existing = folder.file(L"existing", "abc");
-    const std::wstring fresh = folder / L"fresh";
-    Tam_status status(1);
-    Tam_file::create_empty_file(existing, status, true);
-    EXPECT_EQ(chain(status), L"");
-    Tam_file::create_empty_file(fresh, status, false);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_EQ(Temporary_folder::bytes_of(existing), "");
-    EXPECT_EQ(Temporary_folder::bytes_of(fresh), "");
-    Tam_file::create_empty_file(folder.path(), status, false);
-    EXPECT_EQ(chain(status), L"C2000026(" + folder.path() + L") C200001F(" + folder.path() + L")");
-}
-
-TEST(File, copy_and_move_report_the_first_obstacle)
-{
-    const Temporary_folder folder;
-    const std::wstring file = folder.file(L"file", "abc");
-    const std::wstring other = folder.file(L"other", "old");
-    const std::wstring missing = folder / L"missing";
-    const std::wstring nowhere = missing + L"\\file";
-    const std::wstring& directory = folder.path();
-    const std::wstring path_not_found = std::to_wstring(ERROR_PATH_NOT_FOUND);
+    const std::wstring& folder = m_folder.path();
+    const std::wstring file = m_folder.file(L"file", "abc");
+    const std::wstring other = m_folder.file(L"other", "old");
+    const std::wstring missing = m_folder / L"missing";
     const struct {
         std::wstring from;
         std::wstring to;
         std::wstring copy_reason; // without overwriting
         std::wstring move_reason;
     } cases[] = {
-        {L"", L"", L"C200001D()", L"C200001D()"},
         {L"", file, L"C200001D()", L"C200001D()"},
         {missing, L"", L"C200001D()", L"C200001D()"},
-        {missing, directory, L"C200001E(" + missing + L")", L"C200001E(" + missing + L")"},
-        {directory, other, L"C200001F(" + directory + L")", L"C200001F(" + directory + L")"},
+        {missing, folder, L"C200001E(" + missing + L")", L"C200001E(" + missing + L")"},
+        {folder, other, L"C200001F(" + folder + L")", L"C200001F(" + folder + L")"},
         {file, other, L"C2000021(" + other + L")", L"C2000021(" + other + L")"},
         // The target is at fault, the source is the argument.
-        {file, directory, L"C200001F(" + file + L")", L"C2000021(" + directory + L")"},
-        {file, nowhere, path_not_found, path_not_found},
+        {file, folder, L"C200001F(" + file + L")", L"C2000021(" + folder + L")"},
+        {file, missing + L"\\file", L"3", L"3"},
     };
     for (const auto& c : cases) {
-        Tam_status status(1);
-        Tam_file::copy(c.from, c.to, false, status);
-        EXPECT_EQ(chain(status), L"C2000022(" + c.from + L", " + c.to + L") " + c.copy_reason);
-        Tam_file::move(c.from, c.to, status);
-        EXPECT_EQ(chain(status), L"C2000023(" + c.from + L", " + c.to + L") " + c.move_reason);
+        Tam_file::copy(c.from, c.to, false, m_status);
+        EXPECT_EQ(chain(m_status), L"C2000022(" + c.from + L", " + c.to + L") " + c.copy_reason);
+        Tam_file::move(c.from, c.to, m_status);
+        EXPECT_EQ(chain(m_status), L"C2000023(" + c.from + L", " + c.to + L") " + c.move_reason);
     }
-    Tam_status status;
-    Tam_file::copy(file, directory, true, status);
-    EXPECT_EQ(chain(status), L"C2000022(" + file + L", " + directory + L") C200001F(" + file + L")");
-    EXPECT_EQ(Temporary_folder::bytes_of(file), "abc");
     EXPECT_EQ(Temporary_folder::bytes_of(other), "old");
-}
 
-TEST(File, copies_replace_on_request_and_moves_never_do)
-{
-    const Temporary_folder folder;
-    const std::wstring file = folder.file(L"file", "abc");
-    const std::wstring other = folder.file(L"other", "old");
-    const std::wstring fresh = folder / L"fresh";
-    const std::wstring moved = folder / L"moved";
-    Tam_status status(1);
-    Tam_file::copy(file, other, true, status);
-    EXPECT_EQ(chain(status), L"");
-    Tam_file::copy(file, fresh, false, status);
-    EXPECT_EQ(chain(status), L"");
-    Tam_file::move(fresh, moved, status);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(exists(fresh));
-    EXPECT_EQ(Temporary_folder::bytes_of(other), "abc");
-    EXPECT_EQ(Temporary_folder::bytes_of(moved), "abc");
-    EXPECT_EQ(Temporary_folder::bytes_of(file), "abc");
-}
-
-TEST(File, remove_deletes_what_matches)
-{
-    const Temporary_folder folder;
-    for (const wchar_t* name : {L"a1.tmp", L"a2.tmp", L"b1.tmp", L"a1.txt"}) {
-        folder.file(name, "");
+    Tam_file::copy(file, other, true, m_status);
+    EXPECT_EQ(chain(m_status), L"");
+    Tam_file::copy(file, missing, false, m_status);
+    EXPECT_EQ(chain(m_status), L"");
+    Tam_file::move(missing, m_folder / L"moved", m_status);
+    EXPECT_EQ(chain(m_status), L"");
+    EXPECT_FALSE(exists(missing));
+    for (const wchar_t* name : {L"file", L"other", L"moved"}) {
+        EXPECT_EQ(Temporary_folder::bytes_of(m_folder / name), "abc");
     }
-    Tam_status status(1);
-    Tam_file::remove(folder / L"a?.tmp", status, false);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(exists(folder / L"a1.tmp"));
-    EXPECT_FALSE(exists(folder / L"a2.tmp"));
-    EXPECT_TRUE(exists(folder / L"b1.tmp"));
-    EXPECT_TRUE(exists(folder / L"a1.txt"));
-    Tam_file::remove(folder / L"*", status, false);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(exists(folder / L"b1.tmp"));
-    // No match is no failure, nor is a directory that does not exist.
-    Tam_file::remove(folder / L"a1.tmp", status, true);
-    EXPECT_EQ(chain(status), L"");
-    Tam_file::remove(folder / L"missing\\*", status, true);
-    EXPECT_EQ(chain(status), L"");
-    Tam_file::remove(L"", status, false);
-    EXPECT_EQ(chain(status), L"C200001D()");
 }
 
-TEST(File, remove_takes_a_bare_name_in_the_current_directory)
+TEST_F(File, remove_deletes_what_matches)
 {
-    const Temporary_folder folder;
-    folder.file(L"bare.tmp", "");
+    for (const wchar_t* name : {L"a1.tmp", L"a2.tmp", L"b1.tmp", L"a1.txt"}) {
+        m_folder.file(name, "");
+    }
+    Tam_file::remove(m_folder / L"a?.tmp", m_status, false);
+    EXPECT_EQ(chain(m_status), L"");
+    EXPECT_FALSE(exists(m_folder / L"a1.tmp") || exists(m_folder / L"a2.tmp"));
+    EXPECT_TRUE(exists(m_folder / L"b1.tmp") && exists(m_folder / L"a1.txt"));
+    // No match is no failure, nor is a directory that does not exist.
+    Tam_file::remove(m_folder / L"a1.tmp", m_status, true);
+    EXPECT_EQ(chain(m_status), L"");
+    Tam_file::remove(m_folder / L"missing\\*", m_status, true);
+    EXPECT_EQ(chain(m_status), L"");
+    Tam_file::remove(L"", m_status, false);
+    EXPECT_EQ(chain(m_status), L"C200001D()");
+}
+
+TEST_F(File, remove_takes_a_bare_name_in_the_current_directory)
+{
+    m_folder.file(L"bare.tmp", "");
     wchar_t before[MAX_PATH];
     ::GetCurrentDirectoryW(MAX_PATH, before);
-    ASSERT_TRUE(::SetCurrentDirectoryW(folder.path().c_str()));
-    Tam_status status;
-    Tam_file::remove(L"bare.tmp", status, false);
+    ASSERT_TRUE(::SetCurrentDirectoryW(m_folder.path().c_str()));
+    Tam_file::remove(L"bare.tmp", m_status, false);
     ::SetCurrentDirectoryW(before);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(exists(folder / L"bare.tmp"));
+    EXPECT_EQ(chain(m_status), L"");
+    EXPECT_FALSE(exists(m_folder / L"bare.tmp"));
 }
 
-TEST(File, remove_needs_force_for_read_only_files)
+TEST_F(File, remove_stops_at_what_it_cannot_delete)
 {
-    const Temporary_folder folder;
-    const std::wstring fixed = folder.file(L"a.tmp", "");
-    const std::wstring later = folder.file(L"b.tmp", "");
+    const std::wstring fixed = m_folder.file(L"a", "");
+    const std::wstring folder = m_folder / L"b";
+    const std::wstring last = m_folder.file(L"c", "");
     ASSERT_TRUE(::SetFileAttributesW(fixed.c_str(), FILE_ATTRIBUTE_READONLY));
-    Tam_status status;
-    Tam_file::remove(folder / L"*.tmp", status, false);
-    EXPECT_EQ(chain(status), L"C2000024(" + fixed + L") 5");
-    EXPECT_TRUE(exists(fixed));
-    Tam_file::remove(folder / L"*.tmp", status, true);
-    EXPECT_EQ(chain(status), L"");
+    ASSERT_TRUE(::CreateDirectoryW(folder.c_str(), nullptr));
+    Tam_file::remove(m_folder / L"*", m_status, false);
+    EXPECT_EQ(chain(m_status), L"C2000024(" + fixed + L") 5");
+    EXPECT_TRUE(exists(fixed) && exists(last));
+    Tam_file::remove(m_folder / L"*", m_status, true);
+    EXPECT_EQ(chain(m_status), L"C2000024(" + folder + L") 5");
     EXPECT_FALSE(exists(fixed));
-    EXPECT_FALSE(exists(later));
+    EXPECT_TRUE(exists(folder) && exists(last));
 }
 
-TEST(File, remove_stops_at_a_directory)
+TEST_F(File, no_outcome_leaves_a_handle_open)
 {
-    const Temporary_folder folder;
-    const std::wstring directory = folder / L"directory";
-    ASSERT_TRUE(::CreateDirectoryW(directory.c_str(), nullptr));
-    Tam_status status;
-    Tam_file::remove(folder / L"*", status, true);
-    EXPECT_EQ(chain(status), L"C2000024(" + directory + L") 5");
-    EXPECT_TRUE(exists(directory));
-}
-
-TEST(File, length_of_a_path_is_0_when_there_is_no_file)
-{
-    const Temporary_folder folder;
-    EXPECT_EQ(Tam_file::length(folder.file(L"file", "abcde")), 5U);
-    EXPECT_EQ(Tam_file::length(folder / L"missing"), 0U);
-}
-
-TEST(File, no_outcome_leaves_a_handle_open)
-{
-    const Temporary_folder folder;
-    const std::wstring path = folder.file(L"file", "abc");
+    const std::wstring path = m_folder.file(L"file", "abc");
+    ASSERT_TRUE(::CreateDirectoryW((m_folder / L"directory").c_str(), nullptr));
+    Tam_file::temp_name(m_folder.path(), L"tmp"); // the system keeps a handle from the first look at the clock
     const unsigned int handles = test::open_handles();
-    Tam_status status;
     {
-        Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, status);
-        const Tam_file refused(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, status);
+        Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
+        const Tam_file refused(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
         file.close();
-        file.open(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, status);
-        EXPECT_EQ(chain(status), L"");
-        Tam_file::remove(folder / L"*", status, false);
-        EXPECT_FALSE(status.ok());
-        Tam_file::temp_name(folder.path(), L"tmp");
+        file.open(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
+        EXPECT_EQ(chain(m_status), L"");
+        Tam_file::remove(m_folder / L"*", m_status, false);
+        EXPECT_FALSE(m_status.ok());
+        Tam_file::temp_name(m_folder.path(), L"tmp");
     }
-    Tam_file::create_empty_file(path, status, false);
     EXPECT_EQ(test::open_handles(), handles);
 }
 

@@ -9,6 +9,7 @@ target_link_libraries(status_test PRIVATE outer_fault)
 # What ends a process is tried in a child.
 add_executable(status_fault_child status/fault_child.cpp)
 target_link_libraries(status_fault_child PRIVATE tam tam_warnings)
+target_include_directories(status_fault_child PRIVATE ${PROJECT_SOURCE_DIR})
 add_dependencies(status_test status_fault_child)
 
 # Loads and unloads tam.dll by hand.

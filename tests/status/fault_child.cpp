@@ -9,6 +9,12 @@
 #include <tam/status/exception_translator.h>
 #include <tam/status/exceptions.h>
 
+#ifdef TAM_STATIC
+#include <tam/detail/win32.h>
+
+#include <tests/support/swap.h>
+#endif
+
 using namespace tam;
 
 namespace {
@@ -20,7 +26,7 @@ constexpr int NOT_CAUGHT = 90;
 int later_asked = 0;
 LPTOP_LEVEL_EXCEPTION_FILTER before_later = nullptr;
 
-__attribute__((noipa)) int read_at(const volatile int* address)
+__attribute__((noipa, no_sanitize("undefined"))) int read_at(const volatile int* address)
 {
     return *address;
 }
@@ -58,6 +64,41 @@ bool fault_is_caught()
     return false;
 }
 
+#ifdef TAM_STATIC
+bool install_fails_with(const char* call)
+{
+    try {
+        tam_install_exception_translator();
+    } catch (const Tam_sys_call_fail& failure) {
+        return std::strcmp(failure.what(), call) == 0;
+    }
+    return false;
+}
+
+// The first install fails without indexes, and a later one finds nothing broken.
+bool without_indexes()
+{
+    {
+        const test::Swap guard(
+            detail::win32.fls_alloc, +[](PFLS_CALLBACK_FUNCTION) WINAPI { return FLS_OUT_OF_INDEXES; });
+        if (!install_fails_with("::FlsAlloc")) {
+            return false;
+        }
+    }
+    {
+        const test::Swap guard(
+            detail::win32.tls_alloc, +[]() WINAPI { return TLS_OUT_OF_INDEXES; });
+        // More often than there are indexes: none is lost.
+        for (int i = 0; i < 5000; ++i) {
+            if (!install_fails_with("::TlsAlloc")) {
+                return false;
+            }
+        }
+    }
+    return tam_install_exception_translator() == nullptr;
+}
+#endif
+
 } // namespace
 
 int main(int, char** argv)
@@ -70,6 +111,11 @@ int main(int, char** argv)
     if (is("never_installed")) {
         read_at(nullptr);
     }
+#ifdef TAM_STATIC
+    if (is("no_indexes")) {
+        return without_indexes() && fault_is_caught() ? CAUGHT : NOT_CAUGHT;
+    }
+#endif
     tam_install_exception_translator();
     if (is("removed")) {
         tam_set_exception_translator(nullptr);

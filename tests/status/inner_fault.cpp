@@ -2,7 +2,8 @@
 
 #include <windows.h>
 
-extern "C" __declspec(dllexport) int inner_fault(const volatile int* address, int* destroyed)
+extern "C" __declspec(dllexport)
+    __attribute__((no_sanitize("undefined"))) int inner_fault(const volatile int* address, int* destroyed)
 {
     struct Witness {
         int* destroyed;

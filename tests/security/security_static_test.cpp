@@ -1,0 +1,349 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+#include <tam/detail/win32.h>
+#include <tam/tam.h>
+#include <tests/security/descriptors.h>
+#include <tests/security/security_access.h>
+#include <tests/support/failing_new.h>
+#include <tests/support/swap.h>
+
+using namespace tam;
+using detail::win32;
+using test::Found_list;
+using test::SOME_RIGHTS;
+using test::Swap;
+using Access = detail::Security_access;
+
+namespace {
+
+// Blocks of the process's heap, where local memory lies.
+unsigned int local_blocks()
+{
+    const HANDLE heap = ::GetProcessHeap();
+    PROCESS_HEAP_ENTRY entry{};
+    unsigned int count = 0;
+    ::HeapLock(heap);
+    while (::HeapWalk(heap, &entry)) {
+        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1U : 0U;
+    }
+    ::HeapUnlock(heap);
+    return count;
+}
+
+BOOL WINAPI no_initialise(void*, DWORD)
+{
+    ::SetLastError(ERROR_INVALID_PARAMETER);
+    return FALSE;
+}
+
+void* WINAPI no_memory(UINT, SIZE_T)
+{
+    ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+BOOL WINAPI no_set_dacl(void*, BOOL, ACL*, BOOL)
+{
+    return FALSE;
+}
+
+BOOL WINAPI no_get_dacl(void*, BOOL*, ACL**, BOOL*)
+{
+    ::SetLastError(ERROR_INVALID_SECURITY_DESCR);
+    return FALSE;
+}
+
+BOOL WINAPI no_absolute(void*, void*, DWORD*, ACL*, DWORD*, ACL*, DWORD*, void*, DWORD*, void*, DWORD*)
+{
+    ::SetLastError(ERROR_INVALID_SECURITY_DESCR);
+    return FALSE;
+}
+
+BOOL WINAPI absolute_sizes_only(void* given, void* descriptor, DWORD* size, ACL* list, DWORD* list_size, ACL* system,
+                                DWORD* system_size, void* owner, DWORD* owner_size, void* group, DWORD* group_size)
+{
+    if (descriptor != nullptr) {
+        ::SetLastError(ERROR_BAD_DESCRIPTOR_FORMAT);
+        return FALSE;
+    }
+    return ::MakeAbsoluteSD(given, descriptor, size, list, list_size, system, system_size, owner, owner_size, group,
+                            group_size);
+}
+
+DWORD WINAPI nothing_by_name(const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATION, void**, void**, ACL**, ACL**,
+                             void** descriptor)
+{
+    *descriptor = nullptr;
+    return ERROR_SUCCESS;
+}
+
+BOOL WINAPI no_service_write(SC_HANDLE, SECURITY_INFORMATION, void*)
+{
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+template <class Call>
+std::string failed_call(Call&& call)
+{
+    try {
+        call();
+    } catch (const Tam_sys_call_fail& failure) {
+        return failure.what();
+    }
+    return "nothing thrown";
+}
+
+void expect_chain(const Tam_status& status, unsigned int code, unsigned int reason)
+{
+    EXPECT_EQ(status, code) << std::hex << status.value();
+    ASSERT_TRUE(status.has_child());
+    EXPECT_EQ(*status.child(), reason) << std::hex << status.child()->value();
+    EXPECT_FALSE(status.child()->has_child());
+}
+
+// A descriptor in self-relative form with a list, an owner and a group, as a service would give it.
+std::vector<unsigned char> self_relative()
+{
+    test::List_for_everyone list(SOME_RIGHTS);
+    SID_IDENTIFIER_AUTHORITY nt = SECURITY_NT_AUTHORITY;
+    void* system = nullptr;
+    ::AllocateAndInitializeSid(&nt, 1, SECURITY_LOCAL_SYSTEM_RID, 0, 0, 0, 0, 0, 0, 0, &system);
+    SECURITY_DESCRIPTOR descriptor;
+    EXPECT_TRUE(::InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
+    EXPECT_TRUE(::SetSecurityDescriptorDacl(&descriptor, TRUE, list.get(), FALSE));
+    EXPECT_TRUE(::SetSecurityDescriptorOwner(&descriptor, system, FALSE));
+    EXPECT_TRUE(::SetSecurityDescriptorGroup(&descriptor, system, FALSE));
+    DWORD size = 0;
+    ::MakeSelfRelativeSD(&descriptor, nullptr, &size);
+    std::vector<unsigned char> bytes(size);
+    EXPECT_TRUE(::MakeSelfRelativeSD(&descriptor, bytes.data(), &size));
+    ::FreeSid(system);
+    return bytes;
+}
+
+// A service whose descriptor seems to grow between the first queries.
+struct Service {
+    std::vector<unsigned char> descriptor;
+    std::vector<DWORD> demands; // answers before the descriptor is given
+    std::size_t queries = 0;
+    DWORD error = ERROR_INSUFFICIENT_BUFFER;
+} service;
+
+BOOL WINAPI query_service(SC_HANDLE, SECURITY_INFORMATION information, void* buffer, DWORD size, DWORD* needed)
+{
+    EXPECT_EQ(information, static_cast<SECURITY_INFORMATION>(DACL_SECURITY_INFORMATION));
+    if (service.queries < service.demands.size()) {
+        *needed = service.demands[service.queries++];
+        ::SetLastError(service.error);
+        return FALSE;
+    }
+    ++service.queries;
+    EXPECT_GE(size, service.descriptor.size());
+    EXPECT_TRUE(service.demands.empty() || size == service.demands.back());
+    std::memcpy(buffer, service.descriptor.data(), service.descriptor.size());
+    return TRUE;
+}
+
+} // namespace
+
+TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
+{
+    failed_call([] { Tam_security warm_up; });
+    const unsigned int before = local_blocks();
+    {
+        const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
+        EXPECT_EQ(failed_call([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+    }
+    {
+        const Swap allocate(win32.local_alloc, &no_memory);
+        EXPECT_EQ(failed_call([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+    }
+    {
+        const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
+        EXPECT_EQ(failed_call([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
+    }
+    EXPECT_EQ(local_blocks(), before);
+}
+
+TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
+{
+    Tam_event event;
+    Tam_security security;
+    Tam_status status;
+    event.add_security(security, status);
+    Access::fetch(security, status);
+    ASSERT_TRUE(status.is_clear());
+    void* const earlier = Access::descriptor(security);
+    const unsigned int before = local_blocks();
+    {
+        const Swap absolute(win32.make_absolute_sd, &no_absolute);
+        Access::fetch(security, status);
+        expect_chain(status, 0xC2000079, ERROR_INVALID_SECURITY_DESCR);
+    }
+    {
+        const Swap absolute(win32.make_absolute_sd, &absolute_sizes_only);
+        Access::fetch(security, status);
+        expect_chain(status, 0xC2000079, ERROR_BAD_DESCRIPTOR_FORMAT);
+    }
+    {
+        const Swap allocate(win32.local_alloc, &no_memory);
+        Access::fetch(security, status);
+        expect_chain(status, 0xC2000079, 0xC2000001);
+    }
+    {
+        const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
+        EXPECT_EQ(failed_call([&] { Access::fetch(security, status); }), "::InitializeSecurityDescriptor");
+    }
+    status.clear();
+    EXPECT_EQ(local_blocks(), before);
+    EXPECT_EQ(Access::descriptor(security), earlier);
+    EXPECT_EQ(security.security_attributes(false)->lpSecurityDescriptor, earlier);
+    Access::fetch(security, status);
+    EXPECT_TRUE(status.is_clear());
+    EXPECT_EQ(local_blocks(), before) << "the earlier descriptor is released when another takes its place";
+}
+
+TEST(Security, success_without_a_descriptor_is_a_failure)
+{
+    Tam_security security;
+    Tam_status status;
+    security.associate_with_object(TAM_SEC_OBJ_KERNEL, L"name", status);
+    void* const earlier = Access::descriptor(security);
+    const Swap get(win32.get_named_security_info, &nothing_by_name);
+    Access::fetch(security, status);
+    expect_chain(status, 0xC2000079, ERROR_INVALID_SECURITY_DESCR);
+    EXPECT_EQ(Access::descriptor(security), earlier);
+}
+
+TEST(Security, the_absolute_form_is_one_block_with_every_part)
+{
+    std::vector<unsigned char> given = self_relative();
+    Tam_status status;
+    void* const block = Access::to_absolute(given.data(), status);
+    ASSERT_NE(block, nullptr);
+    EXPECT_TRUE(status.is_clear());
+    const Found_list found = test::list_in(block);
+    EXPECT_EQ(found.entries, 1U);
+    EXPECT_EQ(found.rights, SOME_RIGHTS);
+
+    const auto* const descriptor = static_cast<SECURITY_DESCRIPTOR*>(block);
+    const auto* const list = reinterpret_cast<unsigned char*>(descriptor->Dacl);
+    EXPECT_EQ(list, static_cast<unsigned char*>(block) + sizeof(SECURITY_DESCRIPTOR));
+    const auto* const owner = static_cast<unsigned char*>(descriptor->Owner);
+    EXPECT_EQ(owner, list + descriptor->Dacl->AclSize);
+    EXPECT_EQ(static_cast<unsigned char*>(descriptor->Group), owner + ::GetLengthSid(descriptor->Owner));
+    EXPECT_TRUE(::EqualSid(descriptor->Owner, descriptor->Group));
+    EXPECT_EQ(::LocalFree(block), nullptr);
+}
+
+TEST(Security, asks_a_service_again_with_the_size_that_it_names)
+{
+    const Swap query(win32.query_service_object_security, &query_service);
+    for (const std::vector<DWORD>& demands : {std::vector<DWORD>{}, {5000}, {600, 1200, 70000}}) {
+        service = {self_relative(), demands};
+        Tam_security security;
+        Tam_status status;
+        security.associate_with_object(TAM_SEC_OBJ_SERVICE, &service, status);
+        Access::fetch(security, status);
+        EXPECT_TRUE(status.is_clear());
+        EXPECT_EQ(service.queries, demands.size() + 1);
+        EXPECT_EQ(test::list_in(Access::descriptor(security)).rights, SOME_RIGHTS);
+    }
+}
+
+TEST(Security, a_service_that_does_not_answer_is_reported)
+{
+    const Swap query(win32.query_service_object_security, &query_service);
+    Tam_security security;
+    Tam_status status;
+    security.associate_with_object(TAM_SEC_OBJ_SERVICE, &service, status);
+    service = {self_relative(), {5000}, 0, ERROR_ACCESS_DENIED};
+    Access::fetch(security, status);
+    expect_chain(status, 0xC2000079, ERROR_ACCESS_DENIED);
+    service = {self_relative(), {0}}; // "too small" without a larger size must not loop
+    Access::fetch(security, status);
+    expect_chain(status, 0xC2000079, ERROR_INSUFFICIENT_BUFFER);
+    {
+        const Swap allocate(win32.local_alloc, &no_memory);
+        Access::fetch(security, status);
+        expect_chain(status, 0xC2000079, 0xC2000001);
+    }
+    const Swap set(win32.set_service_object_security, &no_service_write);
+    Access::write(security, status);
+    expect_chain(status, 0xC200007A, ERROR_ACCESS_DENIED);
+}
+
+TEST(Security, a_list_that_cannot_be_read_is_not_written)
+{
+    Tam_event event;
+    Tam_security security;
+    Tam_status status;
+    event.add_security(security, status);
+    const Swap get(win32.get_security_descriptor_dacl, &no_get_dacl);
+    Access::write(security, status);
+    expect_chain(status, 0xC2000076, ERROR_INVALID_SECURITY_DESCR);
+}
+
+TEST(Security, a_descriptor_without_a_list_writes_nothing)
+{
+    Tam_event event;
+    Tam_security security;
+    Tam_status status;
+    event.add_security(security, status);
+    ASSERT_TRUE(::SetSecurityDescriptorDacl(Access::descriptor(security), FALSE, nullptr, FALSE));
+    const Swap set(
+        win32.set_security_info,
+        +[](HANDLE, SE_OBJECT_TYPE, SECURITY_INFORMATION, void*, void*, ACL*, ACL*)
+             WINAPI -> DWORD { return ERROR_ACCESS_DENIED; });
+    Access::write(security, status);
+    EXPECT_TRUE(status.is_clear());
+}
+
+TEST(Acl, that_cannot_be_initialised_throws_and_keeps_its_list)
+{
+    Tam_acl acl;
+    const ACL* const list = Access::list(acl);
+    Tam_status status(5);
+    {
+        const Swap initialise(
+            win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return FALSE; });
+        EXPECT_EQ(failed_call([] { Tam_acl another; }), "::InitializeAcl");
+        EXPECT_EQ(failed_call([&] { acl.erase(status); }), "::InitializeAcl");
+    }
+    EXPECT_TRUE(status.is_clear());
+    {
+        const test::Failing_new failure(1);
+        acl.erase(status);
+    }
+    EXPECT_EQ(status, 0xC2000001U);
+    EXPECT_EQ(Access::list(acl), list);
+    {
+        const test::Failing_new failure(1);
+        EXPECT_THROW(Tam_acl another, std::bad_alloc);
+    }
+}
+
+TEST(Acl, a_copy_without_memory_has_no_list)
+{
+    const Tam_acl acl;
+    Tam_status status;
+    const auto copy = [&](const Tam_acl& source) { return std::make_unique<Tam_acl>(source, status); };
+    std::unique_ptr<Tam_acl> without;
+    {
+        const test::Failing_new failure(2); // the first is the object
+        without = copy(acl);
+    }
+    EXPECT_EQ(status, 0xC2000001U);
+    EXPECT_EQ(Access::list(*without), nullptr);
+    EXPECT_EQ(Access::list(*copy(*without)), nullptr);
+    EXPECT_TRUE(status.is_clear());
+}

@@ -1,0 +1,293 @@
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include <windows.h>
+
+#include <tam/tam.h>
+#include <tests/security/descriptors.h>
+#include <tests/security/security_access.h>
+#include <tests/support/resources.h>
+#include <tests/support/unique_name.h>
+
+using namespace tam;
+using test::Found_list;
+using test::SOME_RIGHTS;
+using Access = detail::Security_access;
+
+namespace {
+
+// A registry key of the test's own.
+class Scratch_key {
+public:
+    Scratch_key() : m_path(L"Software\\" + test::unique_name(L"key"))
+    {
+        EXPECT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, m_path.c_str(), &m_key), 0);
+    }
+    ~Scratch_key()
+    {
+        ::RegCloseKey(m_key);
+        ::RegDeleteKeyW(HKEY_CURRENT_USER, m_path.c_str());
+    }
+    Scratch_key(const Scratch_key&) = delete;
+    Scratch_key& operator=(const Scratch_key&) = delete;
+
+    HKEY get() const { return m_key; }
+    std::wstring name() const { return L"CURRENT_USER\\" + m_path; }
+
+private:
+    std::wstring m_path;
+    HKEY m_key = nullptr;
+};
+
+template <class Call>
+std::string invalid_argument(Call&& call)
+{
+    try {
+        call();
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+    return "nothing thrown";
+}
+
+constexpr char BAD_TYPE[] = "Invalid argument to Tam_security::map_object_type()";
+
+} // namespace
+
+TEST(Security, grants_every_user_full_access_by_default)
+{
+    Tam_security security;
+    const SECURITY_ATTRIBUTES* const attributes = security.security_attributes(false);
+    EXPECT_EQ(attributes->nLength, sizeof(SECURITY_ATTRIBUTES));
+    EXPECT_FALSE(attributes->bInheritHandle);
+    const Found_list found = test::list_in(attributes->lpSecurityDescriptor);
+    EXPECT_TRUE(found.present);
+    EXPECT_TRUE(found.null);
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    EXPECT_TRUE(::GetSecurityDescriptorControl(attributes->lpSecurityDescriptor, &control, &revision));
+    EXPECT_EQ(control, SE_DACL_PRESENT) << "absolute, and nothing is defaulted";
+    EXPECT_EQ(revision, 1U);
+}
+
+TEST(Security, attributes_carry_the_inherit_flag_of_the_last_call)
+{
+    Tam_security security;
+    SECURITY_ATTRIBUTES* const attributes = security.security_attributes(true);
+    EXPECT_EQ(attributes->bInheritHandle, TRUE);
+    EXPECT_EQ(security.security_attributes(false), attributes);
+    EXPECT_EQ(attributes->bInheritHandle, FALSE);
+}
+
+TEST(Security, maps_object_types)
+{
+    EXPECT_EQ(Access::map(TAM_SEC_OBJ_FILE), 1U);
+    EXPECT_EQ(Access::map(TAM_SEC_OBJ_KERNEL), 6U);
+    EXPECT_EQ(Access::map(TAM_SEC_OBJ_REGISTRY_KEY), 4U);
+    EXPECT_EQ(Access::map(TAM_SEC_OBJ_SERVICE), 2U);
+    for (const unsigned int value : {4U, 5U, 0x80000000U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(invalid_argument([&] { Access::map(static_cast<Tam_sec_obj_type>(value)); }), BAD_TYPE) << value;
+    }
+}
+
+TEST(Security, is_associated_once_and_with_good_handles_and_types_only)
+{
+    const Tam_event event;
+    const auto invalid = reinterpret_cast<void*>(~0ULL);
+    const auto bad_type = static_cast<Tam_sec_obj_type>(4);
+    for (const bool by_name : {false, true}) {
+        Tam_security security;
+        Tam_status status;
+        security.associate_with_object(TAM_SEC_OBJ_KERNEL, nullptr, status);
+        EXPECT_EQ(status, 0xC2000075U);
+        status.clear();
+        security.associate_with_object(bad_type, invalid, status);
+        EXPECT_EQ(status, 0xC2000075U);
+        EXPECT_EQ(invalid_argument([&] { security.associate_with_object(bad_type, event.handle(), status); }),
+                  BAD_TYPE);
+        EXPECT_EQ(invalid_argument([&] { security.associate_with_object(bad_type, L"name", status); }), BAD_TYPE);
+
+        // Nothing of that associated it.
+        status = 5U;
+        if (by_name) {
+            security.associate_with_object(TAM_SEC_OBJ_FILE, std::wstring(L"C:\\"), status);
+        } else {
+            security.associate_with_object(TAM_SEC_OBJ_KERNEL, event.handle(), status);
+        }
+        EXPECT_EQ(status, 5U) << "neither cleared nor set";
+
+        for (const Tam_sec_obj_type type : {TAM_SEC_OBJ_REGISTRY_KEY, bad_type}) {
+            status = 5U;
+            security.associate_with_object(type, event.handle(), status);
+            EXPECT_EQ(status, 0xC2000078U);
+            EXPECT_FALSE(status.has_child());
+            status.clear();
+            security.associate_with_object(type, L"name", status);
+            EXPECT_EQ(status, 0xC2000078U);
+        }
+        security.associate_with_object(TAM_SEC_OBJ_KERNEL, nullptr, status);
+        EXPECT_EQ(status, 0xC2000075U) << "the handle is looked at first";
+    }
+}
+
+TEST(Security, without_an_association_fetches_and_writes_nothing)
+{
+    Tam_security security;
+    void* const descriptor = Access::descriptor(security);
+    Tam_status status(5);
+    Access::fetch(security, status);
+    Access::write(security, status);
+    EXPECT_EQ(status, 5U);
+    EXPECT_FALSE(status.has_child());
+    EXPECT_EQ(Access::descriptor(security), descriptor);
+}
+
+TEST(Security, fetches_the_list_of_an_object_by_handle_in_absolute_form)
+{
+    Tam_security creation;
+    test::List_for_everyone list(SOME_RIGHTS);
+    test::put_list(creation, list.get());
+    Tam_event event(false, &creation);
+    Tam_security security;
+    Tam_status status;
+    event.add_security(security, status);
+    Access::fetch(security, status);
+    EXPECT_TRUE(status.is_clear());
+
+    void* const descriptor = Access::descriptor(security);
+    EXPECT_EQ(security.security_attributes(false)->lpSecurityDescriptor, descriptor);
+    const Found_list found = test::list_in(descriptor);
+    EXPECT_TRUE(found.present);
+    EXPECT_EQ(found.entries, 1U);
+    EXPECT_EQ(found.rights, SOME_RIGHTS);
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    EXPECT_TRUE(::GetSecurityDescriptorControl(descriptor, &control, &revision));
+    EXPECT_EQ(control & SE_SELF_RELATIVE, 0);
+    // Only an absolute descriptor takes another list.
+    test::put_list(security, nullptr);
+    EXPECT_TRUE(test::list_in(descriptor).null);
+}
+
+TEST(Security, writes_its_list_to_an_object_by_handle)
+{
+    Tam_event event;
+    Scratch_key key;
+    test::List_for_everyone list(SOME_RIGHTS);
+    struct Row {
+        Tam_sec_obj_type type;
+        void* handle;
+        SE_OBJECT_TYPE raw_type;
+    };
+    for (const Row& row : {Row{TAM_SEC_OBJ_KERNEL, event.handle(), SE_KERNEL_OBJECT},
+                           Row{TAM_SEC_OBJ_REGISTRY_KEY, key.get(), SE_REGISTRY_KEY}}) {
+        Tam_security security;
+        Tam_status status;
+        security.associate_with_object(row.type, row.handle, status);
+        test::put_list(security, list.get());
+        Access::write(security, status);
+        EXPECT_TRUE(status.is_clear()) << status.value();
+        const Found_list found = test::list_of(row.handle, row.raw_type);
+        EXPECT_EQ(found.entries, 1U);
+        EXPECT_EQ(found.rights, SOME_RIGHTS);
+    }
+}
+
+TEST(Security, writes_and_fetches_a_list_by_name)
+{
+    const Scratch_key key;
+    test::List_for_everyone list(KEY_ALL_ACCESS);
+    std::wstring name = key.name();
+    Tam_security security;
+    Tam_status status;
+    security.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, name.data(), status); // wchar_t*: not a handle
+    test::put_list(security, list.get());
+    Access::write(security, status);
+    EXPECT_TRUE(status.is_clear()) << status.value();
+    EXPECT_EQ(test::list_of(key.get(), SE_REGISTRY_KEY).entries, 1U);
+
+    Tam_security reader;
+    reader.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, name, status);
+    Access::fetch(reader, status);
+    EXPECT_TRUE(status.is_clear()) << status.value();
+    const Found_list found = test::list_in(Access::descriptor(reader));
+    EXPECT_EQ(found.entries, 1U);
+    EXPECT_EQ(found.rights, static_cast<DWORD>(KEY_ALL_ACCESS));
+}
+
+TEST(Security, reports_an_object_that_is_not_there)
+{
+    for (const bool by_name : {false, true}) {
+        Tam_security security;
+        Tam_status status;
+        if (by_name) {
+            security.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, L"CURRENT_USER\\Software\\tam_test_none", status);
+        } else {
+            Tam_event closed;
+            security.associate_with_object(TAM_SEC_OBJ_KERNEL, closed.handle(), status);
+        }
+        void* const descriptor = Access::descriptor(security);
+        const unsigned int reason = by_name ? ERROR_FILE_NOT_FOUND : ERROR_INVALID_HANDLE;
+        Access::fetch(security, status);
+        EXPECT_EQ(status, 0xC2000079U);
+        ASSERT_TRUE(status.has_child());
+        EXPECT_EQ(*status.child(), reason);
+        EXPECT_EQ(Access::descriptor(security), descriptor);
+        Access::write(security, status);
+        EXPECT_EQ(status, 0xC200007AU);
+        ASSERT_TRUE(status.has_child());
+        EXPECT_EQ(*status.child(), reason);
+        EXPECT_FALSE(status.child()->has_child());
+    }
+}
+
+// A copied pair shares descriptor and list, so only one of the two is destroyed here.
+TEST(Security, copies_share_the_descriptor)
+{
+    alignas(Tam_security) unsigned char memory[2][sizeof(Tam_security)];
+    Tam_security source;
+    Tam_status status;
+    source.associate_with_object(TAM_SEC_OBJ_FILE, L"C:", status);
+    source.security_attributes(true);
+    auto* const copy = new (memory[0]) Tam_security(source);
+    EXPECT_EQ(Access::descriptor(*copy), Access::descriptor(source));
+    EXPECT_EQ(copy->security_attributes(true)->lpSecurityDescriptor, Access::descriptor(source));
+    EXPECT_NE(copy->security_attributes(true), source.security_attributes(true));
+    copy->associate_with_object(TAM_SEC_OBJ_FILE, L"D:", status);
+    EXPECT_EQ(status, 0xC2000078U) << "the association is copied too";
+
+    auto* const target = new (memory[1]) Tam_security;
+    void* const dropped = Access::descriptor(*target);
+    *target = source;
+    EXPECT_EQ(Access::descriptor(*target), Access::descriptor(source));
+    EXPECT_TRUE(test::list_in(dropped).present) << "what the target held is not released";
+    ::LocalFree(dropped);
+}
+
+TEST(Acl, is_an_empty_list_of_eight_bytes_by_default)
+{
+    Tam_acl acl;
+    const ACL* const list = Access::list(acl);
+    ASSERT_TRUE(::IsValidAcl(Access::list(acl)));
+    EXPECT_EQ(list->AclRevision, 2);
+    EXPECT_EQ(list->AclSize, 8);
+    EXPECT_EQ(list->AceCount, 0);
+    Tam_status status(5);
+    acl.erase(status);
+    EXPECT_TRUE(status.is_clear());
+    EXPECT_EQ(Access::list(acl)->AceCount, 0);
+}
+
+TEST(Acl, copies_own_their_list)
+{
+    const Tam_acl acl;
+    Tam_status status(5);
+    const Tam_acl copy(acl, status);
+    EXPECT_TRUE(status.is_clear());
+    EXPECT_NE(Access::list(copy), Access::list(acl));
+    EXPECT_TRUE(::IsValidAcl(Access::list(copy)));
+    EXPECT_EQ(Access::list(copy)->AclSize, 8);
+}

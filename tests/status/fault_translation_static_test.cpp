@@ -1,0 +1,39 @@
+#include <thread>
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <tam/detail/win32.h>
+#include <tam/status/exception_translator.h>
+#include <tam/status/exceptions.h>
+
+#include <tests/support/resources.h>
+#include <tests/support/swap.h>
+
+using namespace tam;
+
+TEST(Exception_translator_failures, are_reported_and_install_nothing)
+{
+    tam_install_exception_translator();
+    void* const library = tam_set_exception_translator(nullptr);
+    std::thread([&] {
+        {
+            const test::Swap guard(
+                detail::win32.fls_set_value, +[](DWORD, void*) WINAPI -> BOOL { return FALSE; });
+            const unsigned int blocks = test::heap_blocks();
+            for (int i = 0; i < 20; ++i) {
+                try {
+                    tam_install_exception_translator();
+                    ADD_FAILURE();
+                } catch (const Tam_sys_call_fail& failure) {
+                    EXPECT_STREQ(failure.what(), "::FlsSetValue");
+                }
+            }
+            EXPECT_LT(test::heap_blocks(), blocks + 10);
+            EXPECT_EQ(tam_set_exception_translator(nullptr), nullptr);
+        }
+        EXPECT_EQ(tam_install_exception_translator(), nullptr);
+        EXPECT_EQ(tam_set_exception_translator(nullptr), library);
+    }).join();
+}
