@@ -1,6 +1,7 @@
 #include <string>
 #include <utility>
 
+#include <tam/process/named_pipe.h>
 #include <tam/process/process.h>
 #include <tests/process/fixture.h>
 #include <tests/support/chain.h>
@@ -25,10 +26,10 @@ protected:
         return std::wstring(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / sizeof(wchar_t));
     }
 
-    // A child that runs until it is ended, or for that long.
-    Tam_process sleeper(const wchar_t* milliseconds = L"20000")
+    // A child that runs until it is terminated.
+    Tam_process sleeper()
     {
-        Tam_process process(m_program, L"sleep " + std::wstring(milliseconds), {2, false, 0}, m_status);
+        Tam_process process(m_program, L"sleep 20000", {2, false, 0}, m_status);
         EXPECT_EQ(chain(m_status), L"");
         return process;
     }
@@ -160,7 +161,9 @@ TEST_F(Process, second_start_is_refused_while_the_first_runs)
 
 TEST_F(Process, copies_share_the_handle_and_each_closes_it)
 {
-    const Tam_process process = sleeper(L"500");
+    const std::wstring name = test::unique_name();
+    const std::wstring path = L"\\\\.\\pipe\\" + name;
+    const Tam_process process(m_program, L"serve " + path + L" 0", {2, false, 0}, m_status);
     {
         const Tam_process copy(process);
         Tam_process assigned;
@@ -169,6 +172,13 @@ TEST_F(Process, copies_share_the_handle_and_each_closes_it)
         EXPECT_TRUE(assigned.is_running());
     }
     EXPECT_FALSE(process.is_running()) << "its handle is closed";
+
+    // The child ends when it has had its client.
+    while (!::WaitNamedPipeW(path.c_str(), 1000)) {
+        ::Sleep(5);
+    }
+    const Tam_named_pipe_client client(L".", name, {0}, m_status);
+    EXPECT_EQ(chain(m_status), L"");
 }
 
 TEST_F(Process, moving_hands_the_program_on)
