@@ -31,5 +31,6 @@ void run_text_benchmarks();
 void run_status_benchmarks();
 void run_stream_benchmarks();
 void run_profile_benchmarks();
+void run_process_benchmarks();
 
 } // namespace tam::benchmarks
