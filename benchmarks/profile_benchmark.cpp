@@ -87,8 +87,8 @@ double bytes_per_section(const std::wstring& path)
 void run_profile_benchmarks()
 {
     const Scratch_file file(L"profile.ini", utf16_bytes(profile_text()));
-    compare({"profile/open_and_read_a_key", "files", 1, [&] { read_with_tam(file.path()); },
-             "GetPrivateProfileStringW", [&] { read_with_system(file.path()); }, ">= 5"});
+    compare({"profile/open_and_read_a_key", "files", 1, [&] { read_with_tam(file.path()); }, "GetPrivateProfileStringW",
+             [&] { read_with_system(file.path()); }, ">= 5"});
     report("profile/memory_per_section", bytes_per_section(file.path()), "bytes", "< 256 and the name");
 }
 

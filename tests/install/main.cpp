@@ -26,8 +26,8 @@ int main()
         tam::Tam_messages_list::m_global_messages.format_message(*one, text);
         report += text;
     }
-    const bool right = status == tam::TAM_E_PROFILE_OPEN && report.find(L"no such file.ini") != std::wstring::npos
-                       && report.find(L"0xc200") == std::wstring::npos;
+    const bool right = status == tam::TAM_E_PROFILE_OPEN && report.find(L"no such file.ini") != std::wstring::npos &&
+                       report.find(L"0xc200") == std::wstring::npos;
     std::puts(right ? "the installed library works" : "the installed library does not work");
     return right ? 0 : 1;
 }
