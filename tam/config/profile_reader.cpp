@@ -16,17 +16,7 @@ namespace tam {
 
 namespace {
 
-// Clears status and runs the operation, for which memory that runs out is a failure like others.
-template <class Operation>
-void run(Tam_status& status, Operation operation)
-{
-    status.clear();
-    try {
-        operation();
-    } catch (const std::bad_alloc&) {
-        status = TAM_E_OUT_OF_MEMORY;
-    }
-}
+using detail::run;
 
 // A cheap look before the comparison of whole names: those of one file tend to differ at their end.
 bool may_be_equal(std::wstring_view a, std::wstring_view b)
