@@ -9,7 +9,10 @@
 #include <tam/stream/eol.h>
 #include <tam/stream/istream.h>
 #include <tam/stream/lines.h>
+#include <tam/stream/memory_buffer.h>
 #include <tam/stream/ostream.h>
 #include <tam/stream/position.h>
+#include <tam/stream/raw_memory_buffer.h>
 #include <tam/stream/seek_mode.h>
+#include <tam/stream/sub_buffer.h>
 #include <tam/stream/unbuffered_istream.h>
