@@ -7,13 +7,13 @@ namespace tam::benchmarks {
 
 /// One comparison: the library's way beside another way to the same result, in the same run.
 struct Comparison {
-    const char* name;                ///< what is moved or made: "readln/lf/60_bytes"
-    const char* unit;                ///< what amount counts: "lines"
-    double amount;                   ///< how much one run moves
-    std::function<void()> ours;      ///< one run of the library
-    const char* peer_name;           ///< "std::getline"
-    std::function<void()> peer;      ///< one run of the other way
-    const char* goal;                ///< the ratio aimed at, as text: ">= 1.0, stretch 1.5"
+    const char* name;           ///< what is moved or made: "readln/lf/60_bytes"
+    const char* unit;           ///< what amount counts: "lines"
+    double amount;              ///< how much one run moves
+    std::function<void()> ours; ///< one run of the library
+    const char* peer_name;      ///< "std::getline"
+    std::function<void()> peer; ///< one run of the other way
+    const char* goal;           ///< the ratio aimed at, as text: ">= 1.0, stretch 1.5"
 };
 
 /// Runs both ways in turn, several times after a warm-up, and prints a row: amount per second of both (medians) and the
@@ -31,5 +31,6 @@ void run_text_benchmarks();
 void run_status_benchmarks();
 void run_stream_benchmarks();
 void run_profile_benchmarks();
+void run_process_benchmarks();
 
 } // namespace tam::benchmarks

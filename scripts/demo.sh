@@ -29,7 +29,7 @@ show() {
     shift
     echo
     echo "> $*"
-    scripts/wine.sh "build/release/bin/$1.exe" "${@:2}" || code=$?
+    scripts/wine.sh "build/release/bin/$1.exe" "${@:2}" 2>&1 || code=$?
     if [ "$code" -ne "$expected" ]; then
         echo "demo.sh: exit code $code instead of $expected: $*" >&2
         exit 1

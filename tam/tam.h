@@ -7,6 +7,7 @@
 #include <tam/container.h>
 #include <tam/datetime.h>
 #include <tam/file.h>
+#include <tam/process.h>
 #include <tam/security.h>
 #include <tam/status.h>
 #include <tam/stream.h>

@@ -11,6 +11,11 @@ inline Tam_wstring_status_arg as_status_arg(const std::wstring& text)
     return {text};
 }
 
+inline Tam_wstring_status_arg as_status_arg(const std::string& text)
+{
+    return {text};
+}
+
 inline Tam_uint_status_arg as_status_arg(unsigned int number)
 {
     return {number, false};

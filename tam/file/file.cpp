@@ -347,10 +347,9 @@ void Tam_file::remove(const std::wstring& path, Tam_status& status, bool force)
     }
     const Tam_path split(path);
     const std::wstring directory = split.root_and_directory();
-    // An iterator takes the empty directory as the root of the current drive; here it is the current directory.
-    Tam_directory_iterator entry(directory.empty() ? std::wstring(L".") : directory, split.filename());
+    Tam_directory_iterator entry(directory, split.filename());
     for (; !entry.end(); ++entry) {
-        const std::wstring file = directory + (*entry).name;
+        const std::wstring file = directory + entry->name;
         if ((force && !clear_read_only(file)) || !detail::win32.delete_file(file.c_str())) {
             detail::push_last_error(status, TAM_E_FILE_DELETE, file);
             return;

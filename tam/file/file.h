@@ -126,6 +126,7 @@ public:
 
     /// Deletes the files whose names match: the file name of path may hold wildcards. Stops at the first failure.
     ///
+    /// path is split as Tam_path splits it: simplified, and a name without a directory belongs to the current one.
     /// A directory that matches cannot be deleted and is such a failure. That nothing matches is none, nor that the
     /// directory of path does not exist.
     /// @param force   whether a file's read-only attribute is cleared before it is deleted
@@ -134,6 +135,8 @@ public:
     ///   - the system's error with TAM_E_FILE_DELETE (0xC2000024; the file) on top
     ///   - the directory cannot be searched: the system's error, TAM_E_SEARCH_START (0xC2000061) or
     ///     TAM_E_SEARCH_NEXT (0xC2000062), each with the directory, and TAM_E_FILE_DELETE (0xC2000024; path) on top
+    /// @throws std::range_error, std::invalid_argument  what Tam_path::root_and_directory() throws for a path such as
+    ///                                                  `\\server` or `1:\a`
     static void remove(const std::wstring& path, Tam_status& status, bool force);
 
     /// Makes up the name of a file that does not exist in directory, and returns its path. The file is not created.

@@ -12,6 +12,7 @@
 #include <tam/detail/failure.h>
 #include <tam/detail/handle.h>
 #include <tam/detail/win32.h>
+#include <tam/text/compare.h>
 
 namespace tam {
 
@@ -49,11 +50,6 @@ bool format(DWORD sources, HMODULE module, const Tam_status& status, std::wstrin
     }
     out.assign(text, length);
     return true;
-}
-
-bool tam_string_equal_nc(const std::wstring& a, const std::wstring& b)
-{
-    return _wcsicmp(a.c_str(), b.c_str()) == 0;
 }
 
 const wchar_t* severity_word(const Tam_status& status)

@@ -126,6 +126,7 @@ TEST(Directory_iterator, copies_share_the_search_and_the_last_one_closes_it)
     const unsigned int blocks = tam::test::heap_blocks();
     {
         std::optional<Tam_directory_iterator> first(std::in_place, folder.path(), L"*");
+        EXPECT_GT(tam::test::open_handles(), handles);
         Tam_directory_iterator second(folder / L"missing", L"*");
         EXPECT_FALSE(*first == second);
         second = *first;

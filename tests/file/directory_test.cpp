@@ -319,6 +319,7 @@ TEST(Directory, temp_directory_without_tmp_comes_from_the_default_user)
             GTEST_SKIP() << "the default user's registry cannot be written";
         }
         EXPECT_EQ(temp_directory_of_child(nullptr), row.directory);
-        EXPECT_EQ(temp_directory_of_child(L"E:\\first"), L"E:\\first\\");
     }
+    const Default_user_temp value(REG_SZ, L"D:\\second", true);
+    EXPECT_EQ(temp_directory_of_child(L"E:\\first"), L"E:\\first\\");
 }

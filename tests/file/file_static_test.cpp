@@ -146,10 +146,10 @@ TEST(File_calls, failures_carry_the_systems_reason_and_keep_no_handle)
             operation();
             EXPECT_EQ(chain(status), code + L" " + REASON);
         };
-        char byte;
+        char one;
         file.seek(2ULL, status);
-        expect(calls.read_file, L"C200001B", [&] { EXPECT_EQ(file.read(&byte, 1, status), 0U); });
-        expect(calls.write_file, L"C200001A", [&] { EXPECT_EQ(file.write(&byte, 1, status), 0U); });
+        expect(calls.read_file, L"C200001B", [&] { EXPECT_EQ(file.read(&one, 1, status), 0U); });
+        expect(calls.write_file, L"C200001A", [&] { EXPECT_EQ(file.write(&one, 1, status), 0U); });
         expect(calls.flush_file_buffers, L"C200001A", [&] { file.flush(status); });
         expect(calls.set_end_of_file, L"C2000063", [&] { file.truncate(status); });
         expect(calls.set_file_pointer_ex, L"C2000027", [&] {

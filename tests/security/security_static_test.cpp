@@ -12,11 +12,14 @@
 #include <tam/tam.h>
 #include <tests/security/descriptors.h>
 #include <tests/security/security_access.h>
+#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/swap.h>
+#include <tests/support/thrown.h>
 
 using namespace tam;
 using detail::win32;
+using test::chain;
 using test::Found_list;
 using test::SOME_RIGHTS;
 using test::Swap;
@@ -91,25 +94,6 @@ BOOL WINAPI no_service_write(SC_HANDLE, SECURITY_INFORMATION, void*)
     return FALSE;
 }
 
-template <class Call>
-std::string failed_call(Call&& call)
-{
-    try {
-        call();
-    } catch (const Tam_sys_call_fail& failure) {
-        return failure.what();
-    }
-    return "nothing thrown";
-}
-
-void expect_chain(const Tam_status& status, unsigned int code, unsigned int reason)
-{
-    EXPECT_EQ(status, code) << std::hex << status.value();
-    ASSERT_TRUE(status.has_child());
-    EXPECT_EQ(*status.child(), reason) << std::hex << status.child()->value();
-    EXPECT_FALSE(status.child()->has_child());
-}
-
 // A descriptor in self-relative form with a list, an owner and a group, as a service would give it.
 std::vector<unsigned char> self_relative()
 {
@@ -157,19 +141,19 @@ BOOL WINAPI query_service(SC_HANDLE, SECURITY_INFORMATION information, void* buf
 
 TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
 {
-    failed_call([] { Tam_security warm_up; });
+    test::thrown<Tam_sys_call_fail>([] { Tam_security warm_up; });
     const unsigned int before = local_blocks();
     {
         const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
-        EXPECT_EQ(failed_call([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
     }
     {
         const Swap allocate(win32.local_alloc, &no_memory);
-        EXPECT_EQ(failed_call([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
     }
     {
         const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
-        EXPECT_EQ(failed_call([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
     }
     EXPECT_EQ(local_blocks(), before);
 }
@@ -187,21 +171,22 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
     {
         const Swap absolute(win32.make_absolute_sd, &no_absolute);
         Access::fetch(security, status);
-        expect_chain(status, 0xC2000079, ERROR_INVALID_SECURITY_DESCR);
+        EXPECT_EQ(chain(status), L"C2000079 1338");
     }
     {
         const Swap absolute(win32.make_absolute_sd, &absolute_sizes_only);
         Access::fetch(security, status);
-        expect_chain(status, 0xC2000079, ERROR_BAD_DESCRIPTOR_FORMAT);
+        EXPECT_EQ(chain(status), L"C2000079 1361");
     }
     {
         const Swap allocate(win32.local_alloc, &no_memory);
         Access::fetch(security, status);
-        expect_chain(status, 0xC2000079, 0xC2000001);
+        EXPECT_EQ(chain(status), L"C2000079 C2000001");
     }
     {
         const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
-        EXPECT_EQ(failed_call([&] { Access::fetch(security, status); }), "::InitializeSecurityDescriptor");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Access::fetch(security, status); }),
+                  "::InitializeSecurityDescriptor");
     }
     status.clear();
     EXPECT_EQ(local_blocks(), before);
@@ -220,7 +205,7 @@ TEST(Security, success_without_a_descriptor_is_a_failure)
     void* const earlier = Access::descriptor(security);
     const Swap get(win32.get_named_security_info, &nothing_by_name);
     Access::fetch(security, status);
-    expect_chain(status, 0xC2000079, ERROR_INVALID_SECURITY_DESCR);
+    EXPECT_EQ(chain(status), L"C2000079 1338");
     EXPECT_EQ(Access::descriptor(security), earlier);
 }
 
@@ -268,18 +253,18 @@ TEST(Security, a_service_that_does_not_answer_is_reported)
     security.associate_with_object(TAM_SEC_OBJ_SERVICE, &service, status);
     service = {self_relative(), {5000}, 0, ERROR_ACCESS_DENIED};
     Access::fetch(security, status);
-    expect_chain(status, 0xC2000079, ERROR_ACCESS_DENIED);
+    EXPECT_EQ(chain(status), L"C2000079 5");
     service = {self_relative(), {0}}; // "too small" without a larger size must not loop
     Access::fetch(security, status);
-    expect_chain(status, 0xC2000079, ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(chain(status), L"C2000079 122");
     {
         const Swap allocate(win32.local_alloc, &no_memory);
         Access::fetch(security, status);
-        expect_chain(status, 0xC2000079, 0xC2000001);
+        EXPECT_EQ(chain(status), L"C2000079 C2000001");
     }
     const Swap set(win32.set_service_object_security, &no_service_write);
     Access::write(security, status);
-    expect_chain(status, 0xC200007A, ERROR_ACCESS_DENIED);
+    EXPECT_EQ(chain(status), L"C200007A 5");
 }
 
 TEST(Security, a_list_that_cannot_be_read_is_not_written)
@@ -290,7 +275,7 @@ TEST(Security, a_list_that_cannot_be_read_is_not_written)
     event.add_security(security, status);
     const Swap get(win32.get_security_descriptor_dacl, &no_get_dacl);
     Access::write(security, status);
-    expect_chain(status, 0xC2000076, ERROR_INVALID_SECURITY_DESCR);
+    EXPECT_EQ(chain(status), L"C2000076 1338");
 }
 
 TEST(Security, a_descriptor_without_a_list_writes_nothing)
@@ -316,8 +301,8 @@ TEST(Acl, that_cannot_be_initialised_throws_and_keeps_its_list)
     {
         const Swap initialise(
             win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return FALSE; });
-        EXPECT_EQ(failed_call([] { Tam_acl another; }), "::InitializeAcl");
-        EXPECT_EQ(failed_call([&] { acl.erase(status); }), "::InitializeAcl");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_acl another; }), "::InitializeAcl");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { acl.erase(status); }), "::InitializeAcl");
     }
     EXPECT_TRUE(status.is_clear());
     {

@@ -9,7 +9,8 @@
 #include <tam/tam.h>
 #include <tests/security/descriptors.h>
 #include <tests/security/security_access.h>
-#include <tests/support/resources.h>
+#include <tests/support/chain.h>
+#include <tests/support/thrown.h>
 #include <tests/support/unique_name.h>
 
 using namespace tam;
@@ -41,17 +42,6 @@ private:
     std::wstring m_path;
     HKEY m_key = nullptr;
 };
-
-template <class Call>
-std::string invalid_argument(Call&& call)
-{
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
-}
 
 constexpr char BAD_TYPE[] = "Invalid argument to Tam_security::map_object_type()";
 
@@ -89,7 +79,9 @@ TEST(Security, maps_object_types)
     EXPECT_EQ(Access::map(TAM_SEC_OBJ_REGISTRY_KEY), 4U);
     EXPECT_EQ(Access::map(TAM_SEC_OBJ_SERVICE), 2U);
     for (const unsigned int value : {4U, 5U, 0x80000000U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(invalid_argument([&] { Access::map(static_cast<Tam_sec_obj_type>(value)); }), BAD_TYPE) << value;
+        EXPECT_EQ(test::thrown<std::invalid_argument>([&] { Access::map(static_cast<Tam_sec_obj_type>(value)); }),
+                  BAD_TYPE)
+            << value;
     }
 }
 
@@ -106,9 +98,12 @@ TEST(Security, is_associated_once_and_with_good_handles_and_types_only)
         status.clear();
         security.associate_with_object(bad_type, invalid, status);
         EXPECT_EQ(status, 0xC2000075U);
-        EXPECT_EQ(invalid_argument([&] { security.associate_with_object(bad_type, event.handle(), status); }),
+        EXPECT_EQ(test::thrown<std::invalid_argument>(
+                      [&] { security.associate_with_object(bad_type, event.handle(), status); }),
                   BAD_TYPE);
-        EXPECT_EQ(invalid_argument([&] { security.associate_with_object(bad_type, L"name", status); }), BAD_TYPE);
+        EXPECT_EQ(
+            test::thrown<std::invalid_argument>([&] { security.associate_with_object(bad_type, L"name", status); }),
+            BAD_TYPE);
 
         // Nothing of that associated it.
         status = 5U;
@@ -122,8 +117,7 @@ TEST(Security, is_associated_once_and_with_good_handles_and_types_only)
         for (const Tam_sec_obj_type type : {TAM_SEC_OBJ_REGISTRY_KEY, bad_type}) {
             status = 5U;
             security.associate_with_object(type, event.handle(), status);
-            EXPECT_EQ(status, 0xC2000078U);
-            EXPECT_FALSE(status.has_child());
+            EXPECT_EQ(test::chain(status), L"C2000078");
             status.clear();
             security.associate_with_object(type, L"name", status);
             EXPECT_EQ(status, 0xC2000078U);
@@ -230,17 +224,11 @@ TEST(Security, reports_an_object_that_is_not_there)
             security.associate_with_object(TAM_SEC_OBJ_KERNEL, closed.handle(), status);
         }
         void* const descriptor = Access::descriptor(security);
-        const unsigned int reason = by_name ? ERROR_FILE_NOT_FOUND : ERROR_INVALID_HANDLE;
         Access::fetch(security, status);
-        EXPECT_EQ(status, 0xC2000079U);
-        ASSERT_TRUE(status.has_child());
-        EXPECT_EQ(*status.child(), reason);
+        EXPECT_EQ(test::chain(status), by_name ? L"C2000079 2" : L"C2000079 6");
         EXPECT_EQ(Access::descriptor(security), descriptor);
         Access::write(security, status);
-        EXPECT_EQ(status, 0xC200007AU);
-        ASSERT_TRUE(status.has_child());
-        EXPECT_EQ(*status.child(), reason);
-        EXPECT_FALSE(status.child()->has_child());
+        EXPECT_EQ(test::chain(status), by_name ? L"C200007A 2" : L"C200007A 6");
     }
 }
 

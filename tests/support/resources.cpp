@@ -35,8 +35,8 @@ struct Handle_list {
 unsigned int open_handles()
 {
     std::vector<std::byte> memory(64 * 1024);
-    while (::NtQuerySystemInformation(HANDLE_INFORMATION, memory.data(), static_cast<ULONG>(memory.size()), nullptr)
-           == BUFFER_TOO_SMALL) {
+    while (::NtQuerySystemInformation(HANDLE_INFORMATION, memory.data(), static_cast<ULONG>(memory.size()), nullptr) ==
+           BUFFER_TOO_SMALL) {
         memory.resize(memory.size() * 2);
     }
     const auto* const list = reinterpret_cast<const Handle_list*>(memory.data());

@@ -39,8 +39,8 @@ Temporary_folder::Temporary_folder()
     static std::atomic<unsigned int> count = 0;
     wchar_t parent[MAX_PATH];
     ::GetTempPathW(MAX_PATH, parent);
-    m_path = std::wstring(parent) + L"tam_test_" + std::to_wstring(::GetCurrentProcessId()) + L"_"
-             + std::to_wstring(++count);
+    m_path = std::wstring(parent) + L"tam_test_" + std::to_wstring(::GetCurrentProcessId()) + L"_" +
+             std::to_wstring(++count);
     if (!::CreateDirectoryW(m_path.c_str(), nullptr)) {
         throw std::runtime_error("no temporary folder");
     }

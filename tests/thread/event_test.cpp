@@ -10,6 +10,7 @@
 
 #include <tam/tam.h>
 #include <tests/support/resources.h>
+#include <tests/support/thrown.h>
 #include <tests/support/unique_name.h>
 
 using namespace tam;
@@ -17,18 +18,6 @@ using namespace std::chrono_literals;
 using test::unique_name;
 
 namespace {
-
-// The text of the Tam_sys_call_fail that the call throws.
-template <class Call>
-std::string failed_call(Call&& call)
-{
-    try {
-        call();
-    } catch (const Tam_sys_call_fail& failure) {
-        return failure.what();
-    }
-    return "nothing thrown";
-}
 
 struct List_of {
     explicit List_of(HANDLE handle)
@@ -121,11 +110,11 @@ TEST(Event, of_a_bad_name_or_the_name_of_another_object_throws)
 {
     const std::wstring name = unique_name(L"both");
     Tam_mutex mutex(name);
-    EXPECT_EQ(failed_call([&] { Tam_event event(name); }), "::CreateEvent");
-    EXPECT_EQ(failed_call([] { Tam_event event(L"no_such_folder\\event"); }), "::CreateEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Tam_event event(name); }), "::CreateEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event event(L"no_such_folder\\event"); }), "::CreateEvent");
     Tam_event event(name + L"_event");
-    EXPECT_EQ(failed_call([&] { Tam_mutex other(name + L"_event"); }), "::CreateMutex");
-    EXPECT_EQ(failed_call([] { Tam_mutex other(L"no_such_folder\\mutex"); }), "::CreateMutex");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Tam_mutex other(name + L"_event"); }), "::CreateMutex");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_mutex other(L"no_such_folder\\mutex"); }), "::CreateMutex");
 }
 
 TEST(Event, takes_its_security_from_the_object_given)
@@ -147,9 +136,9 @@ TEST(Event, takes_its_security_from_the_object_given)
     ASSERT_TRUE(
         ::SetSecurityDescriptorDacl(closed.security_attributes(false)->lpSecurityDescriptor, TRUE, empty, FALSE));
     const Tam_event event(unique_name(L"closed"), false, &closed);
-    EXPECT_EQ(failed_call([] { Tam_event again(unique_name(L"closed")); }), "::CreateEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event again(unique_name(L"closed")); }), "::CreateEvent");
     const Tam_mutex mutex(unique_name(L"closed_mutex"), false, &closed);
-    EXPECT_EQ(failed_call([] { Tam_mutex again(unique_name(L"closed_mutex")); }), "::CreateMutex");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_mutex again(unique_name(L"closed_mutex")); }), "::CreateMutex");
 }
 
 TEST(Event, is_not_inherited_by_child_processes)
@@ -196,7 +185,7 @@ TEST(Event, and_the_other_classes_leave_no_handle)
         EXPECT_THROW(Tam_exclusive_lock{name}, Tam_sys_call_fail) << "the guard's name belongs to the event";
         // The lock's mutex is made before its event fails.
         const Tam_mutex in_the_way(L"_$LOCK_" + name + L"_half");
-        EXPECT_EQ(failed_call([&] { Tam_exclusive_lock half(name + L"_half"); }), "::CreateEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Tam_exclusive_lock half(name + L"_half"); }), "::CreateEvent");
     }
     EXPECT_EQ(test::open_handles(), before);
 }

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <tam/tam.h>
+#include <tests/support/thrown.h>
 #include <tests/support/unique_name.h>
 
 using namespace tam;
@@ -17,13 +18,8 @@ namespace {
 
 void expect_not_locked(Tam_exclusive_lock& lock)
 {
-    try {
-        lock.unlock();
-        ADD_FAILURE() << "unlock of a free lock did not throw";
-    } catch (const std::logic_error& error) {
-        EXPECT_EQ(typeid(error), typeid(std::logic_error));
-        EXPECT_STREQ(error.what(), "Tam_exclusive_lock::unlock - exclusive lock is not locked");
-    }
+    EXPECT_EQ(test::thrown<std::logic_error>([&] { lock.unlock(); }),
+              "Tam_exclusive_lock::unlock - exclusive lock is not locked");
 }
 
 // What exclusive_lock_child says about the lock of that name: 1 when it got it and left it locked, 0 when not.

@@ -11,6 +11,7 @@
 #include <tests/support/failing_new.h>
 #include <tests/support/resources.h>
 #include <tests/support/swap.h>
+#include <tests/support/thrown.h>
 #include <tests/support/unique_name.h>
 
 using namespace tam;
@@ -54,17 +55,6 @@ DWORD WINAPI abandoned(HANDLE, DWORD)
     return WAIT_ABANDONED;
 }
 
-template <class Call>
-std::string failed_call(Call&& call)
-{
-    try {
-        call();
-    } catch (const Tam_sys_call_fail& failure) {
-        return failure.what();
-    }
-    return "nothing thrown";
-}
-
 } // namespace
 
 TEST(Kernel_objects, throw_the_name_of_the_call_that_failed)
@@ -74,28 +64,29 @@ TEST(Kernel_objects, throw_the_name_of_the_call_that_failed)
     {
         const Swap create_event(win32.create_event, &no_event);
         const Swap create_mutex(win32.create_mutex, &no_mutex);
-        EXPECT_EQ(failed_call([] { Tam_event unnamed; }), "::CreateEvent");
-        EXPECT_EQ(failed_call([] { Tam_event named(L"name"); }), "::CreateEvent");
-        EXPECT_EQ(failed_call([] { Tam_mutex unnamed; }), "::CreateMutex");
-        EXPECT_EQ(failed_call([] { Tam_mutex named(L"name"); }), "::CreateMutex");
-        EXPECT_EQ(failed_call([] { Tam_exclusive_lock lock; }), "::CreateMutex");
-        EXPECT_EQ(failed_call([] { Tam_semaphore semaphore(3, 2); }), "::CreateMutex") << "made before the check";
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event unnamed; }), "::CreateEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event named(L"name"); }), "::CreateEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_mutex unnamed; }), "::CreateMutex");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_mutex named(L"name"); }), "::CreateMutex");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_exclusive_lock lock; }), "::CreateMutex");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_semaphore semaphore(3, 2); }), "::CreateMutex")
+            << "made before the check";
     }
     const Swap set(win32.set_event, &refuse);
     const Swap reset(win32.reset_event, &refuse);
     const Swap pulse(win32.pulse_event, &refuse);
     const Swap release(win32.release_mutex, &refuse);
     const Swap wait(win32.wait_for_single_object, &failed_wait);
-    EXPECT_EQ(failed_call([&] { event.signal(); }), "::SetEvent");
-    EXPECT_EQ(failed_call([&] { event.reset(); }), "::ResetEvent");
-    EXPECT_EQ(failed_call([&] { event.pulse(); }), "::PulseEvent");
-    EXPECT_EQ(failed_call([&] { event.wait(); }), "::WaitForSingleObject");
-    EXPECT_EQ(failed_call([&] { event.wait(7); }), "::WaitForSingleObject");
-    EXPECT_EQ(failed_call([&] { event.signaled(); }), "::WaitForSingleObject");
-    EXPECT_EQ(failed_call([&] { mutex.try_lock(); }), "::WaitForSingleObject");
-    EXPECT_EQ(failed_call([&] { mutex.try_lock(7); }), "::WaitForSingleObject");
-    EXPECT_EQ(failed_call([&] { mutex.lock(); }), "::WaitForSingleObject failed, reason 6");
-    EXPECT_EQ(failed_call([&] { mutex.unlock(); }), "::ReleaseMutex");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.signal(); }), "::SetEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.reset(); }), "::ResetEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.pulse(); }), "::PulseEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.wait(); }), "::WaitForSingleObject");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.wait(7); }), "::WaitForSingleObject");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.signaled(); }), "::WaitForSingleObject");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { mutex.try_lock(); }), "::WaitForSingleObject");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { mutex.try_lock(7); }), "::WaitForSingleObject");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { mutex.lock(); }), "::WaitForSingleObject failed, reason 6");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { mutex.unlock(); }), "::ReleaseMutex");
 }
 
 TEST(Kernel_objects, a_mutex_that_is_not_owned_is_not_reported)
@@ -124,13 +115,14 @@ TEST(Semaphore, is_unchanged_and_usable_after_a_failed_call)
     {
         const Swap set(win32.set_event, &refuse);
         const Swap reset(win32.reset_event, &refuse);
-        EXPECT_EQ(failed_call([&] { semaphore.unlock(1); }), "::SetEvent");
-        EXPECT_EQ(failed_call([&] { semaphore.lock(2); }), "::ResetEvent");
-        EXPECT_EQ(failed_call([&] { semaphore.try_lock(2); }), "::ResetEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.unlock(1); }), "::SetEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.lock(2); }), "::ResetEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.try_lock(2); }), "::ResetEvent");
     }
     {
         const Swap wait(win32.wait_for_single_object, &failed_wait);
-        EXPECT_EQ(failed_call([&] { semaphore.lock(1); }), "::WaitForSingleObject failed, reason 6");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.lock(1); }),
+                  "::WaitForSingleObject failed, reason 6");
     }
     // From another thread: the guard was released.
     std::future<unsigned int> held = std::async(std::launch::async, [&] { return semaphore.count(); });
@@ -138,7 +130,7 @@ TEST(Semaphore, is_unchanged_and_usable_after_a_failed_call)
     EXPECT_EQ(held.get(), 1U);
     {
         const Swap release(win32.release_mutex, &refuse);
-        EXPECT_EQ(failed_call([&] { semaphore.count(); }), "::ReleaseMutex");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.count(); }), "::ReleaseMutex");
         EXPECT_THROW(semaphore.unlock(3), std::invalid_argument) << "the first failure is the one reported";
     }
 }
@@ -147,7 +139,7 @@ TEST(Semaphore, whose_event_fails_leaves_no_handle)
 {
     const unsigned int before = test::open_handles();
     const Swap create_event(win32.create_event, &no_event);
-    EXPECT_EQ(failed_call([] { Tam_semaphore semaphore(1, 1); }), "::CreateEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_semaphore semaphore(1, 1); }), "::CreateEvent");
     EXPECT_EQ(test::open_handles(), before);
 }
 
@@ -157,15 +149,15 @@ TEST(Exclusive_lock, reports_a_failing_guard_and_event)
     Tam_exclusive_lock named(test::unique_name(L"failing"));
     {
         const Swap release(win32.release_mutex, &refuse);
-        EXPECT_EQ(failed_call([&] { local.try_lock(); }), "::ReleaseMutex");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { local.try_lock(); }), "::ReleaseMutex");
     }
     {
         const Swap set(win32.set_event, &refuse);
-        EXPECT_EQ(failed_call([&] { named.try_lock(); }), "::SetEvent");
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { named.try_lock(); }), "::SetEvent");
     }
     EXPECT_TRUE(named.try_lock());
     const Swap reset(win32.reset_event, &refuse);
-    EXPECT_EQ(failed_call([&] { named.unlock(); }), "::ResetEvent");
+    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { named.unlock(); }), "::ResetEvent");
     EXPECT_FALSE(named.try_lock());
 }
 

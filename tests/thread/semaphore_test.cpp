@@ -8,22 +8,12 @@
 #include <vector>
 
 #include <tam/tam.h>
+#include <tests/support/thrown.h>
 
 using namespace tam;
 using namespace std::chrono_literals;
 
 namespace {
-
-template <class Call>
-std::string refused(Call&& call)
-{
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
-}
 
 constexpr unsigned int LARGEST = 0xFFFFFFFF;
 
@@ -43,7 +33,7 @@ TEST(Semaphore, counts_the_units_held)
         EXPECT_EQ(semaphore.maximum(), row.maximum);
     }
     for (const Row& row : {Row{3, 2, 0}, Row{1, 0, 0}, Row{LARGEST, LARGEST - 1, 0}}) {
-        EXPECT_EQ(refused([&] { Tam_semaphore(row.initial, row.maximum); }),
+        EXPECT_EQ(test::thrown<std::invalid_argument>([&] { Tam_semaphore(row.initial, row.maximum); }),
                   "Initial value more than maximum on semaphore.");
     }
 }
@@ -53,7 +43,7 @@ TEST(Semaphore, takes_and_gives_back_several_units_at_once)
     Tam_semaphore semaphore(2, 2);
     semaphore.lock(1);
     EXPECT_EQ(semaphore.count(), 1U);
-    EXPECT_EQ(refused([&] { semaphore.unlock(2); }), "Unlocking too much on semaphore.");
+    EXPECT_EQ(test::thrown<std::invalid_argument>([&] { semaphore.unlock(2); }), "Unlocking too much on semaphore.");
     EXPECT_EQ(semaphore.count(), 1U);
     EXPECT_FALSE(semaphore.try_lock(2));
     EXPECT_EQ(semaphore.count(), 1U);
@@ -73,8 +63,10 @@ TEST(Semaphore, refuses_a_request_beyond_the_maximum_whatever_is_free)
 {
     Tam_semaphore semaphore(1, 2);
     for (const unsigned int n : {3U, LARGEST}) {
-        EXPECT_EQ(refused([&] { semaphore.lock(n); }), "Requested more than maximum on semaphore.");
-        EXPECT_EQ(refused([&] { semaphore.try_lock(n); }), "Requested more than maximum on semaphore.");
+        EXPECT_EQ(test::thrown<std::invalid_argument>([&] { semaphore.lock(n); }),
+                  "Requested more than maximum on semaphore.");
+        EXPECT_EQ(test::thrown<std::invalid_argument>([&] { semaphore.try_lock(n); }),
+                  "Requested more than maximum on semaphore.");
     }
     EXPECT_EQ(semaphore.count(), 1U);
 }
