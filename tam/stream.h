@@ -8,6 +8,7 @@
 #include <tam/stream/eol.h>
 #include <tam/stream/istream.h>
 #include <tam/stream/lines.h>
+#include <tam/stream/page_buffer.h>
 #include <tam/stream/position.h>
 #include <tam/stream/seek_mode.h>
 #include <tam/stream/unbuffered_istream.h>
