@@ -125,8 +125,10 @@ unsigned int Page_store::_read_block(unsigned long long position, unsigned int c
     const unsigned int offset = position & BLOCK_MASK;
     const unsigned int moved = std::min(count, BLOCK_SIZE - offset);
     Block* const block = _find(position >> BLOCK_SHIFT);
-    // The last block with data. For writes it is the block of the first byte behind the data; both are meant.
-    if (block != nullptr && block->swapped_out && !_swap_in(*block, (m_length - 1) >> BLOCK_SHIFT, status)) {
+    // The hand goes round the blocks with data. That of a write goes to the block of the first byte behind them, which
+    // may be one more; both are meant.
+    const unsigned long long last = (m_length - 1) >> BLOCK_SHIFT;
+    if (block != nullptr && block->swapped_out && !_swap_in(*block, last, status)) {
         return 0;
     }
     if (block == nullptr || block->memory == nullptr) {
@@ -164,19 +166,8 @@ bool Page_store::_make_resident(Block& block, unsigned long long index, Tam_stat
         return _swap_in(block, last, status);
     }
     if (m_committed < m_limit) {
-        if (!m_region) {
-            assign_failure(status, TAM_E_OUT_OF_MEMORY);
-            return false;
-        }
-        unsigned char* const piece = static_cast<unsigned char*>(m_region.get()) + index * BLOCK_SIZE;
-        if (win32.virtual_alloc(static_cast<void*>(piece), SIZE_T{BLOCK_SIZE}, DWORD{MEM_COMMIT},
-                                DWORD{PAGE_READWRITE}) == nullptr) {
-            push_last_error(status, TAM_E_OUT_OF_MEMORY);
-            return false;
-        }
-        block.memory = piece;
-        ++m_committed;
-        return true;
+        block.memory = _commit(index, status);
+        return block.memory != nullptr;
     }
     block.memory = _evict(last, status);
     if (block.memory == nullptr) {
@@ -185,6 +176,23 @@ bool Page_store::_make_resident(Block& block, unsigned long long index, Tam_stat
     std::memset(block.memory, 0, BLOCK_SIZE);
     _advance_hand(last);
     return true;
+}
+
+// The piece of the region that is this block's own place; null with the reason in status.
+unsigned char* Page_store::_commit(unsigned long long index, Tam_status& status)
+{
+    if (!m_region) {
+        assign_failure(status, TAM_E_OUT_OF_MEMORY);
+        return nullptr;
+    }
+    unsigned char* const piece = static_cast<unsigned char*>(m_region.get()) + index * BLOCK_SIZE;
+    if (win32.virtual_alloc(static_cast<void*>(piece), SIZE_T{BLOCK_SIZE}, DWORD{MEM_COMMIT}, DWORD{PAGE_READWRITE}) ==
+        nullptr) {
+        push_last_error(status, TAM_E_OUT_OF_MEMORY);
+        return nullptr;
+    }
+    ++m_committed;
+    return piece;
 }
 
 // Reads a block back that is swapped out. last: the last index before the hand starts again at 0.
@@ -196,11 +204,14 @@ bool Page_store::_swap_in(Block& block, unsigned long long last, Tam_status& sta
             return false;
         }
     }
-    m_swap_file.seek(block.file_offset, status);
-    if (!status.ok() || (m_swap_file.read(block.memory, BLOCK_SIZE, status) < BLOCK_SIZE)) {
+    if (!_seek_swap_file(block.file_offset, status)) {
+        return false;
+    }
+    if (m_swap_file.read(block.memory, BLOCK_SIZE, status) < BLOCK_SIZE) {
         push_failure(status, TAM_E_WRITE);
         return false;
     }
+    m_swap_position = block.file_offset + BLOCK_SIZE;
     block.swapped_out = false;
     _advance_hand(last);
     return true;
@@ -230,12 +241,7 @@ unsigned char* Page_store::_evict(unsigned long long last, Tam_status& status)
 bool Page_store::_swap_out(Block& block, Tam_status& status)
 {
     _open_swap_file(status);
-    if (!status.ok()) {
-        return false;
-    }
-    m_swap_file.seek(m_swap_end, status);
-    if (!status.ok()) {
-        push_failure(status, TAM_E_WRITE);
+    if (!status.ok() || !_seek_swap_file(m_swap_end, status)) {
         return false;
     }
     const unsigned int written = m_swap_file.write(block.memory, BLOCK_SIZE, status);
@@ -245,7 +251,9 @@ bool Page_store::_swap_out(Block& block, Tam_status& status)
         }
         return false;
     }
-    block.file_offset = std::exchange(m_swap_end, m_swap_end + BLOCK_SIZE);
+    block.file_offset = m_swap_end;
+    m_swap_end += BLOCK_SIZE;
+    m_swap_position = m_swap_end;
     block.dirty = false;
     return true;
 }
@@ -267,6 +275,20 @@ void Page_store::_open_swap_file(Tam_status& status)
     } catch (const std::exception&) { // no turn to make up a name, or an impossible temporary directory
         assign_failure(status, TAM_E_WRITE);
     }
+}
+
+// Comes before a transfer, which sets m_swap_position when it succeeds. Blocks that follow each other need no seek.
+bool Page_store::_seek_swap_file(unsigned long long offset, Tam_status& status)
+{
+    if (std::exchange(m_swap_position, std::nullopt) == offset) {
+        return true;
+    }
+    m_swap_file.seek(offset, status);
+    if (!status.ok()) {
+        push_failure(status, TAM_E_WRITE);
+        return false;
+    }
+    return true;
 }
 
 // Null for a block of a group that was never written to: a new block.

@@ -64,10 +64,12 @@ private:
     unsigned int _write_block(unsigned long long position, unsigned int count, const unsigned char* source,
                               Tam_status& status);
     bool _make_resident(Block& block, unsigned long long index, Tam_status& status);
+    unsigned char* _commit(unsigned long long index, Tam_status& status);
     bool _swap_in(Block& block, unsigned long long last, Tam_status& status);
     bool _swap_out(Block& block, Tam_status& status);
     unsigned char* _evict(unsigned long long last, Tam_status& status);
     void _open_swap_file(Tam_status& status);
+    bool _seek_swap_file(unsigned long long offset, Tam_status& status);
 
     Block* _find(unsigned long long index) const;
     Block& _find_or_make(unsigned long long index);
@@ -83,7 +85,8 @@ private:
     unsigned long long m_hand = 0; // the index of the next block to evict
     Tam_file m_swap_file;          // closed before the first eviction
     std::wstring m_swap_path;
-    unsigned long long m_swap_end = 0; // where the next block goes in the swap file
+    unsigned long long m_swap_end = 0;                     // where the next block goes in the swap file
+    std::optional<unsigned long long> m_swap_position = 0; // the swap file's own, where it is known
 };
 
 } // namespace tam::detail

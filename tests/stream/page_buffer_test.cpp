@@ -338,7 +338,7 @@ TYPED_TEST(Page_buffer, does_what_its_algorithm_says_at_every_step)
         TypeParam buffer(0, limit);
         Page_model model(limit);
         unsigned long long position = 0;
-        for (unsigned int step = 0; step < 1200 && !this->HasFailure(); ++step) {
+        for (unsigned int step = 0; step < 700 && !this->HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "limit " << limit << ", step " << step << ", position " << position);
             if (below(3) != 0) { // near a border of a block, now and then behind the end
                 const unsigned long long block = below(model.length() / BLOCK + (below(20) == 0 ? 6 : 2));
