@@ -47,9 +47,9 @@ struct Calendar_date {
     int year;
 };
 
-// For days whose year need not be valid: only valid years are leap years here, which the calendar of the standard library
-// does not know.
-Calendar_date unchecked_calendar_date(int julian_day)
+// For days whose year need not be valid. Only valid years are leap years here, which the standard library does not know.
+// Out of line, so that the short way of the valid days is inlined where only one part is wanted.
+[[gnu::noinline, gnu::cold]] Calendar_date unchecked_calendar_date(int julian_day)
 {
     constexpr int DAY_0 = 31738; // days from 1 January of the year -4799 to Julian day 0
     constexpr int YEAR_0 = -4799;
@@ -71,9 +71,9 @@ Calendar_date unchecked_calendar_date(int julian_day)
     return {rest + 1, month, year};
 }
 
-Calendar_date calendar_date(int julian_day)
+inline Calendar_date calendar_date(int julian_day)
 {
-    if (!Tam_date::is_julian_day(julian_day)) {
+    if (!Tam_date::is_julian_day(julian_day)) [[unlikely]] {
         return unchecked_calendar_date(julian_day);
     }
     const std::chrono::year_month_day date = std::chrono::sys_days(std::chrono::days(julian_day - Tam_date::EPOCH));
