@@ -30,6 +30,7 @@ void consume(const void* value);
 void run_text_benchmarks();
 void run_status_benchmarks();
 void run_stream_benchmarks();
+void run_crc32_benchmarks();
 void run_profile_benchmarks();
 void run_process_benchmarks();
 

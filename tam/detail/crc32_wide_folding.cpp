@@ -4,7 +4,7 @@
 
 #include <tam/detail/crc32_kernels.h>
 
-// The rest of the library runs on every processor of the architecture.
+// As crc32_folding.cpp, but for other processors: a template of both would have to be compiled for one of them.
 #define TAM_VPCLMUL [[gnu::target("avx2,vpclmulqdq")]]
 
 namespace tam::detail {

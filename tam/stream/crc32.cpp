@@ -43,7 +43,7 @@ constinit const unsigned int crc32_table[256] = {TAM_64_ENTRIES(0), TAM_64_ENTRI
 #undef TAM_16_ENTRIES
 #undef TAM_4_ENTRIES
 
-void Tam_crc32::update(const void* data, unsigned int count) noexcept
+void Tam_crc32::update(const void* data, unsigned int count)
 {
     static const Kernel kernel = fastest_kernel();
     m_register = kernel(m_register, static_cast<const unsigned char*>(data), count);

@@ -32,7 +32,7 @@ public:
 
     /// Adds count bytes; with a count of 0, data may be null. Uses what the processor has for it (PCLMULQDQ,
     /// VPCLMULQDQ).
-    void update(const void* data, unsigned int count) noexcept;
+    void update(const void* data, unsigned int count);
 
     /// Adds all that the stream has, from position 0 to its end, wherever it stands. It is left where its data ends, or
     /// where reading failed. Reads 16384 bytes at a time, until a read delivers none.

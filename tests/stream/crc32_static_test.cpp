@@ -8,8 +8,7 @@
 namespace tam {
 namespace {
 
-// The constants of a published kernel, Gopal and others', for the same distances. They hold x^n mod P one bit
-// further left.
+// The constants that Gopal and others publish for these distances. They hold x^n mod P one bit further left.
 TEST(Crc32_polynomial, powers_are_the_published_ones)
 {
     EXPECT_EQ(detail::crc32_times_x(detail::CRC32_ONE, 4 * 128 + 32), 0x154442BD4 >> 1);

@@ -1,7 +1,10 @@
 #include <tam/stream/crc32.h>
 
+#include <cstring>
 #include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
