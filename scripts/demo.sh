@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds tam and shows it at work under Wine: a service's profile file is listed and queried through tam.dll, and files of
-# this project are read for their checksums. Requests that must fail show how failures are reported.
+# Builds tam and shows it at work under Wine: a service's profile file is listed and queried through tam.dll, files of this
+# project are read for their checksums, and the jobs of another profile file run in threads. Requests that must fail show
+# how failures are reported.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -76,3 +77,7 @@ mkfifo build/demo/pipe.md # for programs under Wine not a file
 echo
 echo "One file that cannot be read and a pattern without a match; the others are still done:"
 show 1 file_digest 'build/demo/*.md' 'build/demo/*.missing' | check_digests
+
+echo
+echo "Jobs in threads of their own; one fails, one is terminated, one comes again and again, one does not exist:"
+show 1 run_jobs examples/data/jobs.ini
