@@ -6,6 +6,7 @@
 #include <tam/stream/buffer.h>
 #include <tam/stream/buffered_istream.h>
 #include <tam/stream/copy.h>
+#include <tam/stream/crc32.h>
 #include <tam/stream/eol.h>
 #include <tam/stream/istream.h>
 #include <tam/stream/lines.h>
