@@ -14,6 +14,7 @@
 // These come after lmcons.h.
 #include <lmaccess.h>
 #include <lmapibuf.h>
+#include <process.h>
 #include <winsvc.h>
 
 namespace tam::detail {
