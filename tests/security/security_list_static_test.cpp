@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <windows.h>
 
@@ -50,7 +52,8 @@ TEST(Security_list, failures_keep_descriptor_list_and_object)
     Tam_status status;
     const Tam_acl acl(TAM_TRUSTEE_USERS, SYNCHRONIZE, status);
     const Tam_acl more(TAM_TRUSTEE_SERVICES, SYNCHRONIZE, status);
-    for (const bool associated : {false, true}) {
+    bool warming_up = true; // the system keeps something from the first time
+    for (const bool associated : {true, false, true}) {
         Tam_security security;
         if (associated) {
             security.associate_with_object(TAM_SEC_OBJ_KERNEL, event.handle(), status);
@@ -84,7 +87,9 @@ TEST(Security_list, failures_keep_descriptor_list_and_object)
                       "::InitializeSecurityDescriptor");
         }
         status.clear();
-        EXPECT_EQ(test::system_blocks(), blocks);
+        if (!std::exchange(warming_up, false)) {
+            EXPECT_EQ(test::system_blocks(), blocks);
+        }
         const std::unique_ptr<Tam_acl> found(security.get_disc_acl(status));
         EXPECT_EQ(test::entries_of(*found), (std::vector<std::wstring>{L"0 00100000 S-1-5-32-545"}));
     }

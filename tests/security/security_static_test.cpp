@@ -128,20 +128,23 @@ BOOL WINAPI query_service(SC_HANDLE, SECURITY_INFORMATION information, void* buf
 
 TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
 {
-    test::thrown<Tam_sys_call_fail>([] { Tam_security warm_up; });
+    const auto fail_each_way = [] {
+        {
+            const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
+            EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+        }
+        {
+            const Swap allocate(win32.local_alloc, &no_memory);
+            EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
+        }
+        {
+            const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
+            EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
+        }
+    };
+    fail_each_way(); // the system keeps something from the first time
     const unsigned int before = test::system_blocks();
-    {
-        const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
-        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
-    }
-    {
-        const Swap allocate(win32.local_alloc, &no_memory);
-        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
-    }
-    {
-        const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
-        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
-    }
+    fail_each_way();
     EXPECT_EQ(test::system_blocks(), before);
 }
 
@@ -154,28 +157,32 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
     Access::fetch(security, status);
     ASSERT_TRUE(status.is_clear());
     void* const earlier = Access::descriptor(security);
+    const auto fail_each_way = [&] {
+        {
+            const Swap absolute(win32.make_absolute_sd, &no_absolute);
+            Access::fetch(security, status);
+            EXPECT_EQ(chain(status), L"C2000079 1338");
+        }
+        {
+            const Swap absolute(win32.make_absolute_sd, &absolute_sizes_only);
+            Access::fetch(security, status);
+            EXPECT_EQ(chain(status), L"C2000079 1361");
+        }
+        {
+            const Swap allocate(win32.local_alloc, &no_memory);
+            Access::fetch(security, status);
+            EXPECT_EQ(chain(status), L"C2000079 C2000001");
+        }
+        {
+            const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
+            EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Access::fetch(security, status); }),
+                      "::InitializeSecurityDescriptor");
+        }
+        status.clear();
+    };
+    fail_each_way(); // the system keeps something from the first time
     const unsigned int before = test::system_blocks();
-    {
-        const Swap absolute(win32.make_absolute_sd, &no_absolute);
-        Access::fetch(security, status);
-        EXPECT_EQ(chain(status), L"C2000079 1338");
-    }
-    {
-        const Swap absolute(win32.make_absolute_sd, &absolute_sizes_only);
-        Access::fetch(security, status);
-        EXPECT_EQ(chain(status), L"C2000079 1361");
-    }
-    {
-        const Swap allocate(win32.local_alloc, &no_memory);
-        Access::fetch(security, status);
-        EXPECT_EQ(chain(status), L"C2000079 C2000001");
-    }
-    {
-        const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
-        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Access::fetch(security, status); }),
-                  "::InitializeSecurityDescriptor");
-    }
-    status.clear();
+    fail_each_way();
     EXPECT_EQ(test::system_blocks(), before);
     EXPECT_EQ(Access::descriptor(security), earlier);
     EXPECT_EQ(security.security_attributes(false)->lpSecurityDescriptor, earlier);
