@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds tam and shows it at work: a service's profile file is listed and queried through tam.dll under Wine, and three
-# requests that must fail show how failures are reported.
+# Builds tam and shows it at work under Wine: a service's profile file is listed and queried through tam.dll, three
+# requests that must fail show how failures are reported, and the jobs of another profile file run in threads.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -45,3 +45,7 @@ echo "Requests that must fail; each prints the newest status first and its reaso
 show 1 profile_query missing.ini
 show 1 profile_query "$profile" Printers
 show 1 profile_query "$profile" Listener Certificate
+
+echo
+echo "Jobs in threads of their own; one fails, one is terminated, one comes again and again, one does not exist:"
+show 1 run_jobs examples/data/jobs.ini
