@@ -11,6 +11,7 @@
 #include <tam/stream/lines.h>
 #include <tam/stream/memory_buffer.h>
 #include <tam/stream/ostream.h>
+#include <tam/stream/page_buffer.h>
 #include <tam/stream/position.h>
 #include <tam/stream/raw_memory_buffer.h>
 #include <tam/stream/seek_mode.h>
