@@ -19,15 +19,15 @@ consumer=$PWD/build/consumer
 
 build_consumer_with_cmake() {
     cmake -S tests/install -B "$consumer" -G Ninja --toolchain "$PWD/cmake/mingw-w64.cmake" \
-        -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$install_tree" >/dev/null &&
-        cmake --build "$consumer" >/dev/null
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$install_tree" &&
+        cmake --build "$consumer"
 }
 
 build_consumer_with_pkg_config() {
     local flags
     flags=$(PKG_CONFIG_PATH=$install_tree/lib/pkgconfig pkg-config --define-prefix --cflags --libs tam) || return 1
     # shellcheck disable=SC2086 # the flags are several words
-    x86_64-w64-mingw32-g++-posix -std=c++20 tests/install/main.cpp -o "$install_tree/bin/pkg_config_consumer.exe" $flags
+    x86_64-w64-mingw32-g++-posix -std=c++20 -fnon-call-exceptions tests/install/*.cpp -o "$install_tree/bin/pkg_config_consumer.exe" $flags
 }
 
 step "Install what the checks need" scripts/setup.sh --checks

@@ -1,9 +1,12 @@
 #include <tam/config/profile_reader.h>
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
 #include <tam/detail/failure.h>
+#include <tam/detail/line_reader.h>
+#include <tam/detail/line_source.h>
 #include <tam/detail/profile_line.h>
 #include <tam/status/codes.h>
 #include <tam/stream/buffered_istream.h>
@@ -26,7 +29,7 @@ void run(Tam_status& status, Operation operation)
 }
 
 // A cheap look before the comparison of whole names: those of one file tend to differ at their end.
-bool may_be_equal(const std::wstring& a, const std::wstring& b)
+bool may_be_equal(std::wstring_view a, std::wstring_view b)
 {
     constexpr wchar_t LAST_OF_ASCII = 0x7F;
     constexpr int CASE_BIT = 0x20; // where the two cases of an ASCII letter differ
@@ -38,9 +41,37 @@ bool may_be_equal(const std::wstring& a, const std::wstring& b)
     return x == y || x > LAST_OF_ASCII || y > LAST_OF_ASCII || (x ^ y) == CASE_BIT;
 }
 
-bool same_name(const std::wstring& a, const std::wstring& b)
+// Takes the text of a line if its first unit is one that headers begin with, else nothing.
+class Header_text {
+public:
+    explicit Header_text(std::wstring& line) : m_line(line) {}
+
+    void take(unsigned int length, unsigned int wanted, const detail::Line_piece& piece)
+    {
+        if (length == 0) {
+            m_wanted = wanted != 0 && detail::may_be_profile_header(Units::load(piece.bytes, 0));
+        }
+        if (m_wanted) {
+            detail::copy_piece<Units>(m_line, length, wanted, piece);
+        } else {
+            m_line.clear();
+        }
+    }
+
+private:
+    using Units = detail::Wide_units_le;
+
+    std::wstring& m_line;
+    bool m_wanted = false;
+};
+
+// Whether a line was read; that it has no end does not matter.
+bool check_line(Tam_status& status)
 {
-    return may_be_equal(a, b) && tam_string_equal_nc(a, b);
+    if (status.value() == TAM_E_NO_LINE_END) {
+        status.clear();
+    }
+    return status.ok();
 }
 
 } // namespace
@@ -66,7 +97,8 @@ void Tam_profile_reader::open(const std::wstring& file, Tam_status& status)
         m_buffer.open(file, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);
         if (status.ok()) {
             m_open = true;
-            get_section_list(m_sections, status);
+            get_section_list(m_sections, m_names, status);
+            m_names.shrink_to_fit();
         }
     });
     if (!status.ok()) {
@@ -96,7 +128,7 @@ void Tam_profile_reader::get_section_list(Tam_object_vector<std::wstring>& names
         if (_check_open(status)) {
             names.reserve(m_sections.size());
             for (const Section& section : m_sections) {
-                names.push_back(section.name);
+                names.push_back(std::wstring(_name_of(section)));
             }
         }
     });
@@ -108,9 +140,14 @@ void Tam_profile_reader::set_current_section(const std::wstring& name, Tam_statu
         if (!_check_open(status)) {
             return;
         }
+        std::wstring candidate;
         for (const Section& section : m_sections) {
-            if (same_name(section.name, name)) {
-                m_section = section.name;
+            if (!may_be_equal(_name_of(section), name)) {
+                continue;
+            }
+            candidate = _name_of(section);
+            if (tam_string_equal_nc(candidate, name)) {
+                m_section.swap(candidate);
                 m_section_start = section.start;
                 get_key_value_pairs(status);
                 return;
@@ -153,10 +190,11 @@ void Tam_profile_reader::move_to_key(const std::wstring& key, Tam_status& status
         if (!_check_section(status)) {
             return;
         }
-        m_cursor = 0;
-        while (m_cursor != m_entries.size() && !same_name(m_entries[m_cursor].first, key)) {
-            ++m_cursor;
-        }
+        const auto has_key = [&key](const auto& entry) {
+            return may_be_equal(entry.first, key) && tam_string_equal_nc(entry.first, key);
+        };
+        const auto found = std::find_if(m_entries.begin(), m_entries.end(), has_key);
+        m_cursor = static_cast<std::size_t>(found - m_entries.begin());
         _check_entry(status);
     });
 }
@@ -166,14 +204,20 @@ bool Tam_profile_reader::end_of_entries() const
     return m_cursor == m_entries.size();
 }
 
-void Tam_profile_reader::get_section_list(Tam_object_vector<Section>& sections, Tam_status& status) const
+// Does what get_section_header does line by line, but leaves the lines that are no headers where they lie.
+void Tam_profile_reader::get_section_list(Tam_object_vector<Section>& sections, std::wstring& names,
+                                          Tam_status& status) const
 {
-    Tam_buffered_istream stream(m_buffer, false, status);
-    Section section{};
+    const Tam_buffered_istream stream(m_buffer, false, status);
+    detail::Cache_source<detail::Wide_units_le> source(stream);
+    std::wstring line;
+    unsigned long long position = 0;
     while (status.ok()) {
-        if (get_section_header(stream, section.name, status)) {
-            section.start = stream.tell();
-            sections.push_back(section);
+        position += detail::read_line<detail::Wide_units_le>(source, TAM_EOL_ANY, position, detail::PROFILE_LINE_LIMIT,
+                                                             Header_text(line), status);
+        if (check_line(status) && detail::take_section_name(line)) {
+            sections.push_back({names.size(), line.size(), position});
+            names += line;
         }
     }
     if (status.value() == TAM_E_END_OF_DATA) {
@@ -184,10 +228,7 @@ void Tam_profile_reader::get_section_list(Tam_object_vector<Section>& sections, 
 bool Tam_profile_reader::get_section_header(Tam_istream& stream, std::wstring& name, Tam_status& status) const
 {
     stream.wreadln(detail::PROFILE_LINE_LIMIT, name, status);
-    if (status.value() == TAM_E_NO_LINE_END) {
-        status.clear();
-    }
-    return status.ok() && detail::take_section_name(name);
+    return check_line(status) && detail::take_section_name(name);
 }
 
 void Tam_profile_reader::read_status_check(Tam_status& status, const std::wstring& section) const
@@ -236,9 +277,15 @@ void Tam_profile_reader::_forget()
 {
     m_buffer.close();
     m_sections.clear();
+    m_names.clear();
     m_section.clear();
     m_entries.clear();
     m_cursor = 0;
+}
+
+std::wstring_view Tam_profile_reader::_name_of(const Section& section) const
+{
+    return std::wstring_view(m_names).substr(section.name, section.name_length);
 }
 
 bool Tam_profile_reader::_check_open(Tam_status& status) const

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -95,14 +96,15 @@ public:
     bool end_of_entries() const;
 
 protected:
-    /// A section of the file.
+    /// A section of the file. Its name stands among all names, in one text: a file has thousands of sections.
     struct Section {
-        std::wstring name;
+        std::size_t name;         ///< where the name begins in the text of all names
+        std::size_t name_length;  ///< in units
         unsigned long long start; ///< position of the line behind the header, in bytes
     };
 
-    /// Appends the file's sections to sections. The end of the data is no failure.
-    void get_section_list(Tam_object_vector<Section>& sections, Tam_status& status) const;
+    /// Appends the file's sections to sections and their names to names. The end of the data is no failure.
+    void get_section_list(Tam_object_vector<Section>& sections, std::wstring& names, Tam_status& status) const;
 
     /// Reads a line of the stream.
     /// @param name    becomes the section's name if the line is a header, else the line
@@ -118,6 +120,7 @@ private:
     void get_key_value_pairs(Tam_status& status);
     void add_to_key_value_pairs(std::wstring&& key, std::wstring&& value);
     void _forget();
+    std::wstring_view _name_of(const Section& section) const;
     bool _check_open(Tam_status& status) const;
     bool _check_section(Tam_status& status) const;
     bool _check_entry(Tam_status& status) const;
@@ -126,6 +129,7 @@ private:
     bool m_open = false;
     Tam_file_buffer m_buffer;
     Tam_object_vector<Section> m_sections;
+    std::wstring m_names;                   // of the sections
     std::wstring m_section;                 // the current one; empty: none
     unsigned long long m_section_start = 0; // of the current one
     std::vector<std::pair<std::wstring, std::wstring>> m_entries;

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <cstring>
 
 #include <emmintrin.h>
 
@@ -27,7 +28,9 @@ struct Wide_units_le {
     static constexpr unsigned short stored(unsigned char unit) { return unit; }
     static unsigned short load(const unsigned char* bytes, unsigned int index)
     {
-        return static_cast<unsigned short>(bytes[2 * index] | bytes[2 * index + 1] << 8);
+        unsigned short unit;
+        std::memcpy(&unit, bytes + std::size_t{index} * SIZE, SIZE);
+        return unit;
     }
     static __m128i broadcast(unsigned short stored_unit) { return _mm_set1_epi16(static_cast<short>(stored_unit)); }
     static __m128i equal(__m128i a, __m128i b) { return _mm_cmpeq_epi16(a, b); }
@@ -45,23 +48,23 @@ struct Wide_units_be : Wide_units_le {
     }
 };
 
-// The index of the first of two units (as they are stored) among those from first up to count; count when there is
-// none. Looks at 16 bytes in one step.
-template <class Units, class Stored>
-unsigned int find_unit(const unsigned char* bytes, unsigned int first, unsigned int count, Stored a, Stored b)
+// The index of the first of some units (as they are stored) among those from first up to count; count when there is
+// none. Looks at 32 bytes in one step.
+template <class Units, auto... WANTED>
+unsigned int find_unit(const unsigned char* bytes, unsigned int first, unsigned int count)
 {
-    constexpr unsigned int STEP = sizeof(__m128i) / Units::SIZE;
-    const __m128i all_a = Units::broadcast(a);
-    const __m128i all_b = Units::broadcast(b);
-    const auto matches = [&](unsigned int index) {
+    constexpr unsigned int HALF = sizeof(__m128i) / Units::SIZE;
+    const auto matches = [bytes](unsigned int index) {
         const auto* const address = reinterpret_cast<const __m128i*>(bytes + std::size_t{index} * Units::SIZE);
         const __m128i units = _mm_loadu_si128(address);
-        return _mm_or_si128(Units::equal(units, all_a), Units::equal(units, all_b));
+        __m128i found = _mm_setzero_si128();
+        ((found = _mm_or_si128(found, Units::equal(units, Units::broadcast(WANTED)))), ...);
+        return found;
     };
     const auto mask_of = [](__m128i found) { return static_cast<unsigned int>(_mm_movemask_epi8(found)); };
-    for (; count - first >= 2 * STEP; first += 2 * STEP) {
+    for (; count - first >= 2 * HALF; first += 2 * HALF) {
         const __m128i low = matches(first);
-        const __m128i high = matches(first + STEP);
+        const __m128i high = matches(first + HALF);
         if (mask_of(_mm_or_si128(low, high)) != 0) {
             const unsigned int mask = mask_of(low) | mask_of(high) << sizeof(__m128i);
             return first + static_cast<unsigned int>(std::countr_zero(mask)) / Units::SIZE;
@@ -69,7 +72,7 @@ unsigned int find_unit(const unsigned char* bytes, unsigned int first, unsigned 
     }
     for (; first < count; ++first) {
         const auto unit = Units::load(bytes, first);
-        if (unit == a || unit == b) {
+        if (((unit == WANTED) || ...)) {
             break;
         }
     }

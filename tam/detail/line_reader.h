@@ -81,12 +81,12 @@ private:
     {
         switch (m_eol) {
         case TAM_EOL_ANY:
-            return find_unit<Units>(bytes, first, count, CR, LF);
+            return find_unit<Units, CR, LF>(bytes, first, count);
         case TAM_EOL_LF:
-            return find_unit<Units>(bytes, first, count, LF, LF);
+            return find_unit<Units, LF>(bytes, first, count);
         case TAM_EOL_CR:
         case TAM_EOL_CR_LF:
-            return find_unit<Units>(bytes, first, count, CR, CR);
+            return find_unit<Units, CR>(bytes, first, count);
         default:
             return count;
         }
@@ -141,15 +141,34 @@ void copy_piece(std::basic_string<typename Units::Unit>& line, unsigned int leng
     }
 }
 
-// Reads the line that starts at byte `start` of what source reads, by the rules of Tam_istream. The pieces come from
+// Takes the text of a line as it is.
+template <class Units>
+class Whole_text {
+public:
+    explicit Whole_text(std::basic_string<typename Units::Unit>& line) : m_line(line) {}
+
+    void take(unsigned int length, unsigned int wanted, const Line_piece& piece)
+    {
+        copy_piece<Units>(m_line, length, wanted, piece);
+    }
+
+private:
+    std::basic_string<typename Units::Unit>& m_line;
+};
+
+// Reads the line that starts at byte `start` of what source reads, by the rules of Tam_istream. Its pieces come from
 //
 //     Line_piece source.next(unsigned long long position, unsigned int most_units, Tam_status&);
 //
-// which delivers at least one unit unless it fails. The text goes straight into line, whose memory is used again.
-// Returns the bytes of the line with its end.
-template <class Units, class Source>
-unsigned long long read_line(Source& source, Tam_eol eol, unsigned long long start, unsigned int max,
-                             std::basic_string<typename Units::Unit>& line, Tam_status& status)
+// which delivers at least one unit unless it fails. They go one after the other to
+//
+//     text.take(unsigned int length, unsigned int wanted, const Line_piece&);
+//
+// which has `length` units already and `wanted` with those of the piece that belong to the text, or less where the line
+// turns out to have ended before. Returns the bytes of the line with its end.
+template <class Units, class Source, class Text>
+unsigned long long read_line(Source& source, Tam_eol eol, unsigned long long start, unsigned int max, Text text,
+                             Tam_status& status)
 {
     if (!status.is_clear()) {
         status.clear();
@@ -159,11 +178,11 @@ unsigned long long read_line(Source& source, Tam_eol eol, unsigned long long sta
     Line_piece piece;
     unsigned int consumed = 0; // units read
     unsigned int scanned = 0;  // units of the line and its end, the last piece's included
-    unsigned int copied = 0;   // units in line: all but the last piece's
+    unsigned int taken = 0;    // units that text has: all but the last piece's
     while (!scanner.ended() && status.ok() && consumed < limit) {
-        if (scanned != copied) {
-            copy_piece<Units>(line, copied, scanned, piece);
-            copied = scanned;
+        if (scanned != taken) {
+            text.take(taken, scanned, piece);
+            taken = scanned;
         }
         piece = source.next(start + static_cast<unsigned long long>(consumed) * Units::SIZE, limit - consumed, status);
         consumed += piece.count;
@@ -172,7 +191,7 @@ unsigned long long read_line(Source& source, Tam_eol eol, unsigned long long sta
     scanner.finish();
 
     const unsigned int length = std::min(scanned - scanner.excluded(), max);
-    copy_piece<Units>(line, copied, length, piece);
+    text.take(taken, length, piece);
     if (!status.ok() && consumed != 0 && status.value() == TAM_E_END_OF_DATA) {
         status.clear();
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <mutex>
+
 #include <tam/status/exceptions.h>
 #include <tam/thread/mutex.h>
 
@@ -12,6 +14,8 @@ namespace tam::detail {
 class Mutex_guard {
 public:
     explicit Mutex_guard(Tam_mutex& mutex) : m_mutex(mutex) { lock(); }
+    // For a mutex that the thread holds already.
+    Mutex_guard(Tam_mutex& mutex, std::adopt_lock_t) : m_mutex(mutex), m_held(true) {}
     Mutex_guard(const Mutex_guard&) = delete;
     Mutex_guard& operator=(const Mutex_guard&) = delete;
     ~Mutex_guard()
@@ -35,6 +39,9 @@ public:
         m_held = false;
         m_mutex.unlock();
     }
+
+    // Leaves the mutex held behind the scope.
+    void keep() { m_held = false; }
 
 private:
     Tam_mutex& m_mutex;

@@ -92,6 +92,11 @@ void append_escaped(std::wstring& line, std::wstring_view text)
 
 } // namespace
 
+bool may_be_profile_header(wchar_t first)
+{
+    return first == HEADER_START || first == BYTE_ORDER_MARK;
+}
+
 bool take_section_name(std::wstring& line)
 {
     if (line.size() >= 2 && line[0] == BYTE_ORDER_MARK && line[1] == HEADER_START) {

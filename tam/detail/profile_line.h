@@ -14,6 +14,9 @@ using Profile_entry = std::pair<std::wstring, std::wstring>;
 // A longer line is read in pieces that count as lines.
 inline constexpr unsigned int PROFILE_LINE_LIMIT = 1024;
 
+// Whether a line that begins with this unit may be a section's header.
+bool may_be_profile_header(wchar_t first);
+
 // Drops the byte-order mark of a line that has "[" behind it. If the line is a section's header then, makes it the
 // section's name and returns true.
 bool take_section_name(std::wstring& line);

@@ -4,6 +4,13 @@
 
 namespace tam {
 
+namespace detail {
+
+template <class Units>
+class Cache_source;
+
+} // namespace detail
+
 /// An input stream that reads its buffer by blocks of CACHE_SIZE bytes and serves its callers from them.
 ///
 /// What is in the cache is not read again: a change that a writer makes there is not seen.
@@ -41,7 +48,8 @@ public:
                          Tam_status& status) const override;
 
 private:
-    friend class Tam_istream; // its line readers look for line ends in the cache itself
+    template <class Units>
+    friend class detail::Cache_source; // looks for line ends in the cache itself
 
     // What the cache holds from position on: count bytes, none when position lies outside.
     const unsigned char* _cached(unsigned long long position, unsigned int& count) const

@@ -1,58 +1,22 @@
 #include <tam/stream/istream.h>
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 #include <new>
 #include <typeinfo>
 
+#include <tam/detail/byte_order.h>
 #include <tam/detail/line_reader.h>
+#include <tam/detail/line_source.h>
 #include <tam/status/codes.h>
 #include <tam/stream/buffered_istream.h>
 
 namespace tam {
 
 using detail::Byte_units;
-using detail::Line_piece;
 using detail::Wide_units_be;
 using detail::Wide_units_le;
 
 namespace {
-
-// Gets the pieces of a line by way of a stream's read_at.
-template <class Units>
-class Read_at_source {
-public:
-    explicit Read_at_source(const Tam_istream& stream) : m_stream(stream) {}
-
-    Line_piece next(unsigned long long position, unsigned int most_units, Tam_status& status)
-    {
-        const unsigned int wanted = std::min(most_units, CHUNK) * Units::SIZE;
-        unsigned int delivered = 0;
-        do {
-            delivered +=
-                std::min(m_stream.read_at(position + delivered, wanted - delivered, m_chunk + delivered, status),
-                         wanted - delivered);
-        } while (delivered < Units::SIZE && status.ok());
-        return {m_chunk, delivered / Units::SIZE};
-    }
-
-private:
-    static constexpr unsigned int CHUNK = 78; // units: short lines cost little
-
-    const Tam_istream& m_stream;
-    unsigned char m_chunk[CHUNK * Units::SIZE];
-};
-
-template <class Value>
-Value reversed(Value value)
-{
-    unsigned char bytes[sizeof(Value)];
-    std::memcpy(bytes, &value, sizeof value);
-    std::reverse(std::begin(bytes), std::end(bytes));
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
 
 template <class Value>
 void read_value(Tam_istream& stream, Value& value, Tam_status& status)
@@ -68,7 +32,7 @@ void read_reversed(Tam_istream& stream, Value& value, Tam_status& status)
 {
     Value read;
     read_value(stream, read, status);
-    value = reversed(read);
+    value = detail::reversed(read);
 }
 
 } // namespace
@@ -84,36 +48,20 @@ void Tam_istream::init(const Tam_buffer&, bool wait, Tam_status&, Tam_eol eol)
     m_eol = eol;
 }
 
-// Returns the bytes of the line with its end.
+// Returns the bytes of the line with its end. One function without calls inside: most calls read a short line.
 template <class Units, class Line>
-unsigned long long Tam_istream::_line_at(unsigned long long position, unsigned int max, Line& line, Tam_status& status)
+[[gnu::flatten]] unsigned long long Tam_istream::_line_at(unsigned long long position, unsigned int max, Line& line,
+                                                          Tam_status& status)
 {
-    // Serves the cache's bytes where they lie. What is not there comes by way of read_at, which fills the cache.
-    struct Cache_source {
-        explicit Cache_source(const Tam_buffered_istream& stream) : m_stream(stream), m_refill(stream) {}
-
-        Line_piece next(unsigned long long from, unsigned int most_units, Tam_status& failure)
-        {
-            unsigned int bytes = 0;
-            const unsigned char* const cached = m_stream._cached(from, bytes);
-            if (bytes < Units::SIZE) {
-                return m_refill.next(from, most_units, failure);
-            }
-            return {cached, std::min(bytes / Units::SIZE, most_units)};
-        }
-
-        const Tam_buffered_istream& m_stream;
-        Read_at_source<Units> m_refill;
-    };
-
     try {
+        const detail::Whole_text<Units> text(line);
         // A class derived from the buffered stream may have a read_at of its own, which has to be called.
         if (&typeid(*this) == &typeid(Tam_buffered_istream)) {
-            Cache_source source(static_cast<const Tam_buffered_istream&>(*this));
-            return detail::read_line<Units>(source, m_eol, position, max, line, status);
+            detail::Cache_source<Units> source(static_cast<const Tam_buffered_istream&>(*this));
+            return detail::read_line<Units>(source, m_eol, position, max, text, status);
         }
-        Read_at_source<Units> source(*this);
-        return detail::read_line<Units>(source, m_eol, position, max, line, status);
+        detail::Read_at_source<Units> source(*this);
+        return detail::read_line<Units>(source, m_eol, position, max, text, status);
     } catch (const std::bad_alloc&) {
         line.clear();
         status = TAM_E_OUT_OF_MEMORY;
