@@ -32,5 +32,6 @@ void run_status_benchmarks();
 void run_stream_benchmarks();
 void run_profile_benchmarks();
 void run_process_benchmarks();
+void run_thread_benchmarks();
 
 } // namespace tam::benchmarks
