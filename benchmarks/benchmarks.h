@@ -35,5 +35,6 @@ void run_page_buffer_benchmarks();
 void run_crc32_benchmarks();
 void run_profile_benchmarks();
 void run_process_benchmarks();
+void run_thread_benchmarks();
 
 } // namespace tam::benchmarks
