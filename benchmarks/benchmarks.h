@@ -28,8 +28,11 @@ void consume(const void* value);
 
 // One function a source file of this folder.
 void run_text_benchmarks();
+void run_datetime_benchmarks();
 void run_status_benchmarks();
 void run_stream_benchmarks();
+void run_page_buffer_benchmarks();
+void run_crc32_benchmarks();
 void run_profile_benchmarks();
 void run_process_benchmarks();
 

@@ -10,3 +10,5 @@
 #include <tam/thread/read_write_semaphore.h>
 #include <tam/thread/semaphore.h>
 #include <tam/thread/sleep.h>
+#include <tam/thread/thread.h>
+#include <tam/thread/timer.h>

@@ -10,6 +10,7 @@
 #include <windows.h>
 
 #include <aclapi.h>
+#include <process.h>
 #include <winsvc.h>
 
 namespace tam::detail {

@@ -25,9 +25,7 @@ Tam_anonymous_pipe::Tam_anonymous_pipe(Tam_status& status, unsigned int size, Ta
 
 Tam_anonymous_pipe::~Tam_anonymous_pipe()
 {
-    if (m_write != nullptr) {
-        ::CloseHandle(m_write);
-    }
+    _close_write_end();
     if (m_read != nullptr) {
         ::CloseHandle(m_read);
     }
@@ -41,7 +39,7 @@ unsigned int Tam_anonymous_pipe::write(const unsigned char* data, unsigned int s
         return 0;
     }
     DWORD written = 0;
-    if (!detail::win32.write_file(m_write, data, size, &written, nullptr)) {
+    if (!detail::win32.write_file(m_write.load(), data, size, &written, nullptr)) {
         detail::assign_failure(status, TAM_E_PIPE_WRITE);
     }
     return written;
@@ -67,7 +65,14 @@ void Tam_anonymous_pipe::add_security(Tam_security& security, Tam_status& status
     status.clear();
     security.associate_with_object(TAM_SEC_OBJ_KERNEL, m_read, status);
     if (status.ok()) {
-        security.associate_with_object(TAM_SEC_OBJ_KERNEL, m_write, status);
+        security.associate_with_object(TAM_SEC_OBJ_KERNEL, m_write.load(), status);
+    }
+}
+
+void Tam_anonymous_pipe::_close_write_end() noexcept
+{
+    if (void* const write_end = m_write.exchange(nullptr)) {
+        ::CloseHandle(write_end);
     }
 }
 

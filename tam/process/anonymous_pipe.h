@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include <tam/detail/export.h>
 
 namespace tam {
@@ -54,8 +56,13 @@ public:
     void add_security(Tam_security& security, Tam_status& status);
 
 private:
-    void* m_read = nullptr;  // owned; null when there is no pipe
-    void* m_write = nullptr; // owned; null when there is no pipe
+    friend class Tam_thread;
+
+    // Lets go a reader that waits, with a failure.
+    void _close_write_end() noexcept;
+
+    void* m_read = nullptr;              // owned; null when there is no pipe
+    std::atomic<void*> m_write{nullptr}; // owned; null when there is no pipe or the end was closed
 };
 
 } // namespace tam
