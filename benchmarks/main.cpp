@@ -66,6 +66,7 @@ int main(int argc, char** argv)
         {"datetime", run_datetime_benchmarks}, {"process", run_process_benchmarks},
         {"stream", run_stream_benchmarks},     {"page_buffer", run_page_buffer_benchmarks},
         {"crc32", run_crc32_benchmarks},       {"profile", run_profile_benchmarks},
+        {"registry", run_registry_benchmarks},
     };
     std::printf("%-34s %12s %12s %-10s %6s   %-28s %s\n", "what", "tam /s", "peer /s", "unit", "ratio", "peer", "goal");
     for (const auto& [name, run] : groups) {
