@@ -21,11 +21,7 @@ template <class Operation>
 void run(Tam_status& status, Operation operation)
 {
     status.clear();
-    try {
-        operation();
-    } catch (const std::bad_alloc&) {
-        status = TAM_E_OUT_OF_MEMORY;
-    }
+    detail::report_lack_of_memory(status, operation);
 }
 
 // A cheap look before the comparison of whole names: those of one file tend to differ at their end.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string>
 
 #include <tam/status/status.h>
@@ -53,6 +54,17 @@ template <class... Arguments>
 void push_last_error(Tam_status& status, unsigned int code, const Arguments&... arguments)
 {
     push_system_error(status, Tam_status::get_last_error(), code, arguments...);
+}
+
+// Runs an operation for which memory that runs out is a failure like others.
+template <class Operation>
+void report_lack_of_memory(Tam_status& status, Operation operation)
+{
+    try {
+        operation();
+    } catch (const std::bad_alloc&) {
+        status = TAM_E_OUT_OF_MEMORY;
+    }
 }
 
 } // namespace tam::detail
