@@ -37,5 +37,6 @@ void run_profile_benchmarks();
 void run_registry_benchmarks();
 void run_process_benchmarks();
 void run_thread_benchmarks();
+void run_security_benchmarks();
 
 } // namespace tam::benchmarks

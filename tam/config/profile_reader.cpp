@@ -16,13 +16,7 @@ namespace tam {
 
 namespace {
 
-// Clears status and runs the operation, for which memory that runs out is a failure like others.
-template <class Operation>
-void run(Tam_status& status, Operation operation)
-{
-    status.clear();
-    detail::report_lack_of_memory(status, operation);
-}
+using detail::run;
 
 // A cheap look before the comparison of whole names: those of one file tend to differ at their end.
 bool may_be_equal(std::wstring_view a, std::wstring_view b)

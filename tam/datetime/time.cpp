@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <tam/detail/time_format.h>
+#include <tam/detail/win32.h>
 
 namespace tam {
 
@@ -49,7 +50,7 @@ Tam_time Tam_time::max_time()
 Tam_time Tam_time::now()
 {
     SYSTEMTIME now;
-    ::GetLocalTime(&now);
+    detail::win32.get_local_time(&now);
     return {now.wHour, now.wMinute, now.wSecond, now.wMilliseconds * MICROSECONDS_PER_MILLISECOND};
 }
 

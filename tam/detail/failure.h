@@ -22,6 +22,11 @@ inline Tam_uint_status_arg as_status_arg(unsigned int number)
     return {number, false};
 }
 
+inline Tam_int_status_arg as_status_arg(int number)
+{
+    return {number, false};
+}
+
 // Reports a failure of the library's own: status becomes this code with these arguments.
 template <class... Arguments>
 void assign_failure(Tam_status& status, unsigned int code, const Arguments&... arguments)
@@ -65,6 +70,14 @@ void report_lack_of_memory(Tam_status& status, Operation operation)
     } catch (const std::bad_alloc&) {
         status = TAM_E_OUT_OF_MEMORY;
     }
+}
+
+// Clears status and runs the operation, for which memory that runs out is a failure like others.
+template <class Operation>
+void run(Tam_status& status, const Operation& operation)
+{
+    status.clear();
+    report_lack_of_memory(status, operation);
 }
 
 } // namespace tam::detail
