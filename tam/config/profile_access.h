@@ -30,10 +30,11 @@ struct Current_section;
 /// CR LF. U+FEFF at the beginning of a file is kept. A comment, that is an entry whose key begins with ";", is written
 /// as its key alone; any other as key, "=" and value, where "=" becomes \=, a line feed \0A, a carriage return \0D and a
 /// backslash \5C. So every key and value comes back as it was, but for these:
-/// - white space at the ends of a key or a value is lost, so that a key of a blank and ";" comes back as a comment;
+/// - white space at the ends of a key or a value is lost, so that a key of a blank and ";" comes back as a comment here;
 /// - a comment's value is lost, and a line end inside a comment begins a new line;
-/// - an entry that begins with "[" (or U+FEFF and "[") and ends with "]" is read as a section;
-/// - a line of more than 1024 units is read as several;
+/// - U+FEFF in front of a "[" at the beginning of a key is lost;
+/// - an entry that begins with "[" then and ends with "]" is read as a section;
+/// - a line of more than 1024 units is read as several, and one of exactly 1025 without its last unit;
 /// - a section's name with a line end, or with more than 1022 units, is no name when it is read.
 /// Nothing of that is refused. Lines before the first section are not written back at all.
 ///

@@ -471,7 +471,8 @@ TEST_F(Profile_access, brings_hostile_texts_back_or_as_documented)
         {{L";x", L"lost"}, {{L";x", L""}}},
         {{L";x\ny", L""}, {{L";x", L""}, {L"y", L""}}},
         {{L"\xFEFF[", L"x"}, {{L"[", L"x"}}},
-        {{limit, L"12"}, {{limit, L"1"}, {L"2", L""}}},
+        {{limit, L"12"}, {{limit, L"1"}}},
+        {{limit, L"123"}, {{limit, L"1"}, {L"23", L""}}},
     };
     open(L"[S]\r\n");
     profile.set_current_section(L"S", status);
@@ -500,10 +501,13 @@ TEST_F(Profile_access, brings_hostile_texts_back_or_as_documented)
     EXPECT_EQ(sections_of(profile), all);
     EXPECT_EQ(sections_of(reader), all);
     const std::vector<Entry> read = entries(L"S");
-    ASSERT_EQ(read.size(), expected.size());
-    for (std::size_t i = 0; i < read.size(); ++i) {
+    for (std::size_t i = 0; i < std::min(read.size(), expected.size()); ++i) {
         EXPECT_EQ(read[i], expected[i]) << i;
     }
+    EXPECT_EQ(read.size(), expected.size());
+    // The reader does not trim lines, and keeps empty ones, such as what is left of the line of 1025 units.
+    std::replace(expected.begin(), expected.end(), Entry(L";x=1", L""), Entry(L";x", L"1"));
+    expected.insert(expected.end() - 2, Entry());
     reader.set_current_section(L"S", status);
     EXPECT_EQ(entries_of(reader), expected);
 }
@@ -537,7 +541,7 @@ TEST_F(Profile_access, agrees_with_a_model_on_a_random_walk)
 {
     const unsigned int seed = 20;
     std::mt19937 random(seed);
-    const auto name = [&] { return std::wstring(1, L"aAbBcCdDeE"[random() % 10]) + std::to_wstring(random() % 2); };
+    const auto name = [&] { return std::wstring{L"aAbBcCdDeE"[random() % 10], L"01"[random() % 2]}; };
     const auto text = [&] {
         std::wstring made = L"x";
         for (unsigned int n = random() % 8; n != 0; --n) {
