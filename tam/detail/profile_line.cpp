@@ -71,11 +71,16 @@ std::wstring unescaped(std::wstring_view text)
 
 void append_escaped(std::wstring& line, std::wstring_view text)
 {
-    constexpr std::wstring_view ESCAPED = L"=\n\r\\";
+    const auto is_escaped = [](wchar_t unit) {
+        return unit == SEPARATOR || unit == L'\n' || unit == L'\r' || unit == ESCAPE;
+    };
     for (;;) {
-        const std::size_t plain = text.find_first_of(ESCAPED);
+        std::size_t plain = 0;
+        while (plain != text.size() && !is_escaped(text[plain])) {
+            ++plain;
+        }
         line += text.substr(0, plain);
-        if (plain == std::wstring_view::npos) {
+        if (plain == text.size()) {
             return;
         }
         const wchar_t unit = text[plain];
