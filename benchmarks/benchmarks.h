@@ -28,10 +28,15 @@ void consume(const void* value);
 
 // One function a source file of this folder.
 void run_text_benchmarks();
+void run_datetime_benchmarks();
 void run_status_benchmarks();
 void run_stream_benchmarks();
+void run_page_buffer_benchmarks();
+void run_crc32_benchmarks();
 void run_profile_benchmarks();
+void run_registry_benchmarks();
 void run_process_benchmarks();
 void run_thread_benchmarks();
+void run_security_benchmarks();
 
 } // namespace tam::benchmarks

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds tam and shows it at work: a service's profile file is listed and queried through tam.dll under Wine, and three
-# requests that must fail show how failures are reported.
+# Builds tam and shows it at work under Wine: a service's profile file is listed and queried through tam.dll, files of this
+# project are read for their checksums, the jobs of another profile file run in threads, and a copy of the profile is
+# changed. Requests that must fail show how failures are reported.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -45,3 +46,49 @@ echo "Requests that must fail; each prints the newest status first and its reaso
 show 1 profile_query missing.ini
 show 1 profile_query "$profile" Printers
 show 1 profile_query "$profile" Listener Certificate
+
+# The line that file_digest should print for a file, made by gzip, whose output ends with the CRC-32 and four bytes of
+# size, and by wc.
+expected_digest() {
+    local crc
+    crc=$(gzip -c "$1" | tail -c 8 | od -An -tx4 -N4 | tr -d ' ')
+    echo "${crc^^} $(wc -c <"$1") $(wc -l <"$1")"
+}
+# Passes the output of file_digest on, and checks its lines.
+check_digests() {
+    local output crc size lines name checked=0
+    output=$(cat)
+    echo "$output"
+    while read -r crc size lines name; do
+        if [ "$crc $size $lines" != "$(expected_digest "${name//\\//}")" ]; then
+            echo "demo.sh: gzip and wc do not agree: $name" >&2
+            exit 1
+        fi
+        checked=$((checked + 1))
+    done < <(tr -d '\r' <<<"$output" | grep -E '^[0-9A-F]{8} ')
+    [ "$checked" -ne 0 ] || { echo "demo.sh: file_digest printed nothing" >&2; exit 1; }
+}
+
+show 0 file_digest 'tam/stream/*.cpp' README.md | check_digests
+mkdir -p build/demo
+rm -f build/demo/*.md
+cp README.md CHANGELOG.md build/demo
+mkfifo build/demo/pipe.md # for programs under Wine not a file
+echo
+echo "One file that cannot be read and a pattern without a match; the others are still done:"
+show 1 file_digest 'build/demo/*.md' 'build/demo/*.missing' | check_digests
+
+echo
+echo "Jobs in threads of their own; one fails, one is terminated, one comes again and again, one does not exist:"
+show 1 run_jobs examples/data/jobs.ini
+
+echo
+echo "Changes to a copy of the profile; all edits of a call are committed together, or none:"
+copy=build/demo_profile.ini
+cp "$profile" "$copy"
+show 0 profile_edit "$copy" set Service Workers 12 copy-section Listener "Second listener" \
+    set "Second listener" Port 2526 delete "Second listener" Filter
+show 0 profile_query "$copy" "Second listener"
+show 1 profile_edit "$copy" set Service Workers 99 rename-section Routes Listener
+show 0 profile_edit "$copy" set Service Workers 16 commit get Service Workers rollback get Service Workers
+rm -f "$copy" "${copy%.ini}.bak"

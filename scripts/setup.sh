@@ -9,6 +9,7 @@ packages=(
     binutils-mingw-w64-x86-64 mingw-w64-x86-64-dev        # resource and message compilers, Windows headers
     wine wine64                                           # runs what was built
     googletest                                            # sources of the test framework
+    libz-mingw-w64-dev                                    # a peer of the benchmarks
     mawk                                                  # makes the header of status codes
 )
 if [ "${1-}" = --checks ]; then

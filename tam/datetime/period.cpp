@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include <tam/detail/time_format.h>
 #include <tam/detail/wrapping.h>
 
 namespace tam {
@@ -22,19 +23,10 @@ bool same_signs(long long a, int b)
     throw std::invalid_argument("Invalid time period given to Tam_time_period::set()");
 }
 
-void append_number(std::wstring& text, long long number)
+// Numbers are printed from their low 32 bits.
+void append_total(std::wstring& text, long long number, int width)
 {
-    text += std::to_wstring(static_cast<int>(number));
-}
-
-// As "%02d" does.
-void append_two_digits(std::wstring& text, long long number)
-{
-    const int low = static_cast<int>(number);
-    if (low >= 0 && low < 10) {
-        text += L'0';
-    }
-    text += std::to_wstring(low);
+    append_number(text, static_cast<int>(number), width);
 }
 
 } // namespace
@@ -122,54 +114,48 @@ Tam_time_period Tam_time_period::operator-() const
 
 void Tam_time_period::to_string(const std::wstring& format, std::wstring& result) const
 {
-    result.clear();
-    for (auto next = format.begin(); next != format.end(); ++next) {
-        if (*next != L'%' || next + 1 == format.end()) {
-            result += *next;
-            continue;
-        }
-        ++next;
-        const long long second = m_seconds % SECONDS_PER_MINUTE;
-        const int hundredths = m_microseconds / MICROSECONDS_PER_HUNDREDTH;
-        switch (*next) {
+    const long long second = m_seconds % SECONDS_PER_MINUTE;
+    const int hundredths = m_microseconds / MICROSECONDS_PER_HUNDREDTH;
+    append_format(format, result, [&](wchar_t token) {
+        switch (token) {
         case L'%':
             result += L'%';
             break;
         case L'C':
-            append_two_digits(result, hundredths);
+            append_total(result, hundredths, 2);
             break;
         case L'D':
-            append_number(result, days());
+            append_total(result, days(), 1);
             break;
         case L'H':
-            append_two_digits(result, hours());
+            append_total(result, hours(), 2);
             break;
         case L'M':
-            append_two_digits(result, minutes());
+            append_total(result, minutes(), 2);
             break;
         case L'S':
-            append_two_digits(result, second);
+            append_total(result, second, 2);
             break;
         case L'u':
-            append_number(result, m_microseconds);
+            append_total(result, m_microseconds, 1);
             break;
         case L'P':
             if (days() != 0) {
-                append_number(result, days());
+                append_total(result, days(), 1);
                 result += L' ';
             }
-            append_two_digits(result, hours());
+            append_total(result, hours(), 2);
             result += L':';
-            append_two_digits(result, minutes());
+            append_total(result, minutes(), 2);
             result += L':';
-            append_two_digits(result, second);
+            append_total(result, second, 2);
             result += L'.';
-            append_two_digits(result, hundredths);
+            append_total(result, hundredths, 2);
             break;
         default:
             throw std::invalid_argument("Tam_time_period::to_string - invalid format token.");
         }
-    }
+    });
 }
 
 // Carries whole seconds out of the microseconds and makes the signs agree. Meant: the borrow works on the microseconds

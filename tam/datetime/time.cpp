@@ -1,17 +1,18 @@
 #include <tam/datetime/time.h>
 
-#include <cwchar>
 #include <stdexcept>
 #include <string_view>
 
 #include <windows.h>
+
+#include <tam/detail/time_format.h>
+#include <tam/detail/win32.h>
 
 namespace tam {
 
 namespace {
 
 constexpr std::wstring_view FORMAT_TOKENS = L"%HIMSXp";
-constexpr std::size_t FORMATTED_SIZE = 1024; // characters that one token can become
 constexpr int MICROSECONDS_PER_MILLISECOND = 1000;
 
 } // namespace
@@ -49,7 +50,7 @@ Tam_time Tam_time::max_time()
 Tam_time Tam_time::now()
 {
     SYSTEMTIME now;
-    ::GetLocalTime(&now);
+    detail::win32.get_local_time(&now);
     return {now.wHour, now.wMinute, now.wSecond, now.wMilliseconds * MICROSECONDS_PER_MILLISECOND};
 }
 
@@ -92,21 +93,13 @@ bool Tam_time::is_format_token(wchar_t token) noexcept
 
 void Tam_time::to_string(const std::wstring& format, std::wstring& result) const
 {
-    result.clear();
     const tm value = *this;
-    for (auto next = format.begin(); next != format.end(); ++next) {
-        if (*next != L'%' || next + 1 == format.end()) {
-            result += *next;
-            continue;
-        }
-        ++next;
-        if (!is_format_token(*next)) {
+    detail::append_format(format, result, [&](wchar_t token) {
+        if (!is_format_token(token)) {
             throw std::invalid_argument("Tam_time::to_string - invalid format token.");
         }
-        const wchar_t token[] = {L'%', *next, L'\0'};
-        wchar_t formatted[FORMATTED_SIZE];
-        result.append(formatted, std::wcsftime(formatted, FORMATTED_SIZE, token, &value));
-    }
+        detail::append_time_token(result, token, value);
+    });
 }
 
 // Into one day: whole days go, and what is then below midnight belongs to the day before.

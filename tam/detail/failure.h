@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string>
 
 #include <tam/status/status.h>
@@ -17,6 +18,11 @@ inline Tam_wstring_status_arg as_status_arg(const std::string& text)
 }
 
 inline Tam_uint_status_arg as_status_arg(unsigned int number)
+{
+    return {number, false};
+}
+
+inline Tam_int_status_arg as_status_arg(int number)
 {
     return {number, false};
 }
@@ -53,6 +59,25 @@ template <class... Arguments>
 void push_last_error(Tam_status& status, unsigned int code, const Arguments&... arguments)
 {
     push_system_error(status, Tam_status::get_last_error(), code, arguments...);
+}
+
+// Runs an operation for which memory that runs out is a failure like others.
+template <class Operation>
+void report_lack_of_memory(Tam_status& status, Operation operation)
+{
+    try {
+        operation();
+    } catch (const std::bad_alloc&) {
+        status = TAM_E_OUT_OF_MEMORY;
+    }
+}
+
+// Clears status and runs the operation, for which memory that runs out is a failure like others.
+template <class Operation>
+void run(Tam_status& status, const Operation& operation)
+{
+    status.clear();
+    report_lack_of_memory(status, operation);
 }
 
 } // namespace tam::detail

@@ -1,6 +1,6 @@
 #pragma once
 
-// The platform calls that can fail. Library code makes them through detail::win32:
+// The platform calls that can fail, and those that tests answer in its place. Library code makes them through detail::win32:
 //
 //     if (!detail::win32.set_end_of_file(handle)) ...
 //
@@ -10,6 +10,10 @@
 #include <windows.h>
 
 #include <aclapi.h>
+#include <lmcons.h>
+// These come after lmcons.h.
+#include <lmaccess.h>
+#include <lmapibuf.h>
 #include <process.h>
 #include <winsvc.h>
 

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include <windows.h>
 
@@ -33,11 +35,45 @@ void initialise_descriptor(void* memory)
     }
 }
 
+// A descriptor's discretionary list: none at all is another thing than a null one, but either has no entries.
+struct Disc_list {
+    bool present = false;
+    ACL* list = nullptr;
+};
+
+// False: status has the reason.
+bool read_list(void* descriptor, Disc_list& result, Tam_status& status)
+{
+    BOOL present = FALSE;
+    BOOL defaulted = FALSE;
+    ACL* list = nullptr;
+    if (!detail::win32.get_security_descriptor_dacl(descriptor, &present, &list, &defaulted)) {
+        detail::push_last_error(status, TAM_E_DACL_READ);
+        return false;
+    }
+    result = {present != FALSE, present ? list : nullptr};
+    return true;
+}
+
 } // namespace
 
 Tam_security::Tam_security()
 {
     initialise_security_descriptor();
+}
+
+Tam_security::Tam_security(bool open, Tam_status& status) : Tam_security()
+{
+    detail::run(status, [&] {
+        if (!open) {
+            _set_list(std::make_unique<Tam_acl>(), false, status);
+        }
+    });
+}
+
+Tam_security::Tam_security(const Tam_acl& acl, Tam_status& status) : Tam_security()
+{
+    set_disc_acl(acl, status, false);
 }
 
 Tam_security::~Tam_security()
@@ -83,6 +119,39 @@ void Tam_security::associate_with_object(Tam_sec_obj_type type, void* handle, Ta
     m_association = Association::HANDLE;
 }
 
+void Tam_security::set_disc_acl(const Tam_acl& acl, Tam_status& status, bool merge)
+{
+    detail::run(status, [&] {
+        auto copy = std::make_unique<Tam_acl>(acl, status);
+        if (status.ok()) {
+            _set_list(std::move(copy), merge, status);
+        }
+    });
+}
+
+Tam_acl* Tam_security::get_disc_acl(Tam_status& status)
+{
+    std::unique_ptr<Tam_acl> copy;
+    detail::run(status, [&] {
+        get_security_descriptor(status);
+        Disc_list found;
+        if (status.ok() && read_list(m_descriptor, found, status) && found.list != nullptr) {
+            copy.reset(new Tam_acl(found.list, status)); // of a private constructor
+        }
+    });
+    return status.ok() ? copy.release() : nullptr;
+}
+
+void Tam_security::set_sec_acl(const Tam_acl&, Tam_status&, bool)
+{
+    throw std::runtime_error("Tam_security::set_sec_acl not implemented");
+}
+
+Tam_acl* Tam_security::get_sec_acl(Tam_status&)
+{
+    throw std::runtime_error("Tam_security::get_sec_acl not implemented");
+}
+
 void Tam_security::free_sd() noexcept
 {
     ::LocalFree(m_descriptor);
@@ -108,23 +177,20 @@ void Tam_security::get_security_descriptor(Tam_status& status)
     void* const descriptor = _fetch_descriptor(status);
     if (descriptor != nullptr) {
         _adopt_descriptor(descriptor);
+        delete std::exchange(m_acl, nullptr);
     }
 }
 
-// Writes the descriptor's list, if it has one, to the associated object.
 void Tam_security::set_security_descriptor(Tam_status& status) const
 {
-    if (m_association == Association::NONE) {
-        return;
-    }
-    BOOL present = FALSE;
-    BOOL defaulted = FALSE;
-    ACL* list = nullptr;
-    if (!detail::win32.get_security_descriptor_dacl(m_descriptor, &present, &list, &defaulted)) {
-        detail::push_last_error(status, TAM_E_DACL_READ);
-        return;
-    }
-    if (!present) {
+    _write_descriptor(m_descriptor, status);
+}
+
+// Writes the descriptor's list, if it has one, to the associated object.
+void Tam_security::_write_descriptor(void* descriptor, Tam_status& status) const
+{
+    Disc_list found;
+    if (m_association == Association::NONE || !read_list(descriptor, found, status) || !found.present) {
         return;
     }
     const auto type = static_cast<SE_OBJECT_TYPE>(m_object_type);
@@ -132,15 +198,15 @@ void Tam_security::set_security_descriptor(Tam_status& status) const
     if (m_association == Association::NAME) {
         // The call takes a name that it does not change.
         error = detail::win32.set_named_security_info(const_cast<wchar_t*>(m_object_name.c_str()), type,
-                                                      DACL_SECURITY_INFORMATION, nullptr, nullptr, list, nullptr);
+                                                      DACL_SECURITY_INFORMATION, nullptr, nullptr, found.list, nullptr);
     } else if (type == SE_SERVICE) {
         if (!detail::win32.set_service_object_security(static_cast<SC_HANDLE>(m_object_handle),
-                                                       DACL_SECURITY_INFORMATION, m_descriptor)) {
+                                                       DACL_SECURITY_INFORMATION, descriptor)) {
             error = ::GetLastError();
         }
     } else {
         error = detail::win32.set_security_info(m_object_handle, type, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                                                list, nullptr);
+                                                found.list, nullptr);
     }
     if (error != ERROR_SUCCESS) {
         detail::push_system_error(status, error, TAM_E_OBJECT_SECURITY_WRITE);
@@ -252,6 +318,42 @@ void* Tam_security::_query_object(Tam_status& status) const
         return nullptr;
     }
     return sr_to_absolute(descriptor.get(), status);
+}
+
+// Makes acl, and with merge what the descriptor has already, the list of the associated object and of this one. All or
+// nothing: until the object has taken the list, it lies in a fetched descriptor and not in this object's own.
+void Tam_security::_set_list(std::unique_ptr<Tam_acl> acl, bool merge, Tam_status& status)
+{
+    detail::Local_memory fetched(_fetch_descriptor(status));
+    if (!status.ok()) {
+        return;
+    }
+    void* const descriptor = fetched ? fetched.get() : m_descriptor;
+    if (merge) {
+        Disc_list earlier;
+        if (!read_list(descriptor, earlier, status)) {
+            return;
+        }
+        const Tam_acl entries(earlier.list, status);
+        if (status.ok()) {
+            acl->merge(entries, status);
+        }
+        if (!status.ok()) {
+            return;
+        }
+    }
+    if (!detail::win32.set_security_descriptor_dacl(descriptor, TRUE, acl->get_list(), FALSE)) {
+        detail::push_last_error(status, TAM_E_DACL_SET);
+        return;
+    }
+    if (fetched) {
+        _write_descriptor(descriptor, status);
+        if (!status.ok()) {
+            return;
+        }
+        _adopt_descriptor(fetched.release());
+    }
+    delete std::exchange(m_acl, acl.release());
 }
 
 void Tam_security::_adopt_descriptor(void* descriptor) noexcept

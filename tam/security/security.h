@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <memory>
 #include <string>
 
 #include <windows.h>
@@ -44,6 +45,19 @@ public:
     ///                            "::SetSecurityDescriptorDacl"
     Tam_security();
 
+    /// The same where open is true; else a descriptor with an empty list, which grants nobody anything: an object that is
+    /// created with it can be used by its owner alone, and only to change its access.
+    /// @param status  cleared first; TAM_E_OUT_OF_MEMORY (0xC2000001) or TAM_E_DACL_SET (0xC2000077) over the system's
+    ///                reason when the list could not be set: **then the descriptor still grants every user full access**
+    /// @throws Tam_sys_call_fail  as the default constructor; also "::InitializeAcl"
+    Tam_security(bool open, Tam_status& status);
+
+    /// A descriptor with a copy of the list, and no association. A list that holds none (see Tam_acl) grants every user
+    /// full access.
+    /// @param status  what set_disc_acl() reports: then the descriptor grants every user full access
+    /// @throws Tam_sys_call_fail  as the default constructor
+    Tam_security(const Tam_acl& acl, Tam_status& status);
+
     /// Shares everything but the association's name with other: see the class.
     Tam_security(const Tam_security& other) = default;
 
@@ -82,6 +96,46 @@ public:
     ///                                Tam_sec_obj_type; nothing is associated
     void associate_with_object(Tam_sec_obj_type type, void* handle, Tam_status& status);
 
+    /// Makes a copy of acl the list of the descriptor, and of the associated object if there is one.
+    ///
+    /// With an association the object's descriptor of the moment is fetched first and takes the place of this object's
+    /// own. After a failure the descriptor and its list are those from before the call.
+    ///
+    /// An acl that holds no list grants every user full access; an empty one grants nobody anything.
+    /// @param merge   true: the entries that the descriptor has already are added to those of acl, as Tam_acl::merge()
+    ///                does: they lose what they say about inheritance, and where both have an entry of one mode for one
+    ///                trustee it becomes one. A descriptor that grants every user full access, having no list, has no
+    ///                entries: only those of acl grant anything afterwards
+    /// @param status  cleared first; in this order
+    ///   - TAM_E_OUT_OF_MEMORY (0xC2000001)
+    ///   - TAM_E_OBJECT_SECURITY_READ (0xC2000079) over the system's reason: the object's descriptor could not be fetched
+    ///   - TAM_E_DACL_READ (0xC2000076) over the system's reason, or what Tam_acl::merge() reports, with merge only
+    ///   - TAM_E_DACL_SET (0xC2000077) over the system's reason: the descriptor did not take the list
+    ///   - TAM_E_OBJECT_SECURITY_WRITE (0xC200007A) over the system's reason: the object did not take it
+    /// @throws Tam_sys_call_fail  "::InitializeSecurityDescriptor": the fetched descriptor could not be converted
+    void set_disc_acl(const Tam_acl& acl, Tam_status& status, bool merge);
+
+    /// A copy of the descriptor's list, which the caller deletes with `delete`. With an association the object's
+    /// descriptor of the moment is fetched first and takes the place of this object's own.
+    ///
+    /// Null and a good status: there is no list, and everybody has full access. Null and a bad one: a failure.
+    /// @param status  cleared first; in this order
+    ///   - TAM_E_OBJECT_SECURITY_READ (0xC2000079) over the system's reason: the object's descriptor could not be
+    ///     fetched; the earlier one stays
+    ///   - TAM_E_DACL_READ (0xC2000076) over the system's reason
+    ///   - TAM_E_OUT_OF_MEMORY (0xC2000001)
+    /// @throws Tam_sys_call_fail  "::InitializeSecurityDescriptor": the fetched descriptor could not be converted; the
+    ///                            earlier one stays
+    Tam_acl* get_disc_acl(Tam_status& status);
+
+    /// The system list, which says what is audited, is not supported, on purpose.
+    /// @throws std::runtime_error  always: "Tam_security::set_sec_acl not implemented"
+    void set_sec_acl(const Tam_acl& acl, Tam_status& status, bool merge);
+
+    /// The same.
+    /// @throws std::runtime_error  always: "Tam_security::get_sec_acl not implemented"
+    Tam_acl* get_sec_acl(Tam_status& status);
+
 private:
     friend struct detail::Security_access;
 
@@ -97,6 +151,8 @@ private:
     void* _fetch_descriptor(Tam_status& status) const;
     void* _query_service(Tam_status& status) const;
     void* _query_object(Tam_status& status) const;
+    void _set_list(std::unique_ptr<Tam_acl> acl, bool merge, Tam_status& status);
+    void _write_descriptor(void* descriptor, Tam_status& status) const;
     void _adopt_descriptor(void* descriptor) noexcept;
 
     // Every member is copied as it is: see the class.

@@ -1,11 +1,10 @@
 #include <tam/stream/istream.h>
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 #include <new>
 #include <typeinfo>
 
+#include <tam/detail/byte_order.h>
 #include <tam/detail/line_reader.h>
 #include <tam/detail/line_source.h>
 #include <tam/status/codes.h>
@@ -18,16 +17,6 @@ using detail::Wide_units_be;
 using detail::Wide_units_le;
 
 namespace {
-
-template <class Value>
-Value reversed(Value value)
-{
-    unsigned char bytes[sizeof(Value)];
-    std::memcpy(bytes, &value, sizeof value);
-    std::reverse(std::begin(bytes), std::end(bytes));
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
 
 template <class Value>
 void read_value(Tam_istream& stream, Value& value, Tam_status& status)
@@ -43,7 +32,7 @@ void read_reversed(Tam_istream& stream, Value& value, Tam_status& status)
 {
     Value read;
     read_value(stream, read, status);
-    value = reversed(read);
+    value = detail::reversed(read);
 }
 
 } // namespace

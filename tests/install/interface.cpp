@@ -141,6 +141,46 @@ bool synchronisation()
            ::WaitForSingleObject(plain.handle(), 0) == WAIT_OBJECT_0;
 }
 
+bool security()
+{
+    Tam_status status;
+    Tam_acl acl(L"Everyone", 0x1, status);
+    acl.set_rights(static_cast<Tam_standard_trustees>(3), static_cast<Tam_access_modes>(1), 0x2, status);
+    acl.set_rights(L"Everyone", TAM_ACCESS_GRANT, 0x2U, status);
+    const Tam_acl system(TAM_TRUSTEE_LOCAL_SYSTEM, READ_CONTROL, status);
+    const Tam_acl copy(acl, status);
+    acl.merge(system, status);
+    unsigned int rights = 0;
+    unsigned int count = 0;
+    copy.get_rights(L"Everyone", rights, status);
+    acl.get_rights(TAM_TRUSTEE_USERS, rights, status);
+    acl.get_entry_count(count, status);
+    std::wstring name;
+    Tam_access_modes mode{};
+    acl.get_entry(0, name, mode, rights, status);
+    Tam_acl::get_trustee_name(TAM_TRUSTEE_EVERYONE, name, status);
+    const bool granted = acl.test_rights(std::wstring(L"Everyone"), 0x3, status) &&
+                         acl.test_rights(TAM_TRUSTEE_LOCAL_SYSTEM, READ_CONTROL, status, &rights);
+
+    const Tam_security closed(false, status);
+    Tam_security security(acl, status);
+    security.set_disc_acl(system, status, true);
+    Tam_acl* const found = security.get_disc_acl(status);
+    const bool good = status.ok() && found != nullptr;
+    delete found;
+    acl.erase(status);
+
+    Tam_object_vector<std::wstring> groups;
+    Tam_acl::get_groups(L"nobody", groups, status); // whatever the machine answers
+    Tam_acl_group_cache cache;
+    std::vector<void*> sids;
+    SID everyone{SID_REVISION, 1, SECURITY_WORLD_SID_AUTHORITY, {SECURITY_WORLD_RID}};
+    const bool cached = cache.get_groups(&everyone, sids);
+    cache.set_groups(&everyone, sids);
+    return granted && good && count == 3 && mode == TAM_ACCESS_DENY && name == L"Everyone" && !cached &&
+           Tam_acl_group_cache::CACHE_TIMEOUT == Tam_time_period(900LL, 0);
+}
+
 bool paths()
 {
     const Tam_path three(L"C:\\dir", L"base", L"ext");
@@ -252,6 +292,6 @@ bool profiles()
 
 bool interface_works()
 {
-    return statuses() && texts() && synchronisation() && paths() && files() && streams() && times() && exceptions() &&
-           profiles();
+    return statuses() && texts() && synchronisation() && security() && paths() && files() && streams() && times() &&
+           exceptions() && profiles();
 }

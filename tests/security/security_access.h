@@ -16,6 +16,11 @@ struct Security_access {
     static unsigned int map(Tam_sec_obj_type type) { return Tam_security::map_object_type(type); }
     static void* descriptor(const Tam_security& security) { return security.m_descriptor; }
     static _ACL* list(const Tam_acl& acl) { return acl.get_list(); }
+    static Tam_acl acl(_ACL* list)
+    {
+        Tam_status status;
+        return Tam_acl(list, status);
+    }
 };
 
 } // namespace tam::detail

@@ -14,6 +14,7 @@
 #include <tests/security/security_access.h>
 #include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
+#include <tests/support/resources.h>
 #include <tests/support/swap.h>
 #include <tests/support/thrown.h>
 
@@ -26,20 +27,6 @@ using test::Swap;
 using Access = detail::Security_access;
 
 namespace {
-
-// Blocks of the process's heap, where local memory lies.
-unsigned int local_blocks()
-{
-    const HANDLE heap = ::GetProcessHeap();
-    PROCESS_HEAP_ENTRY entry{};
-    unsigned int count = 0;
-    ::HeapLock(heap);
-    while (::HeapWalk(heap, &entry)) {
-        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1U : 0U;
-    }
-    ::HeapUnlock(heap);
-    return count;
-}
 
 BOOL WINAPI no_initialise(void*, DWORD)
 {
@@ -142,7 +129,7 @@ BOOL WINAPI query_service(SC_HANDLE, SECURITY_INFORMATION information, void* buf
 TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
 {
     test::thrown<Tam_sys_call_fail>([] { Tam_security warm_up; });
-    const unsigned int before = local_blocks();
+    const unsigned int before = test::system_blocks();
     {
         const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
@@ -155,7 +142,7 @@ TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
         const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
     }
-    EXPECT_EQ(local_blocks(), before);
+    EXPECT_EQ(test::system_blocks(), before);
 }
 
 TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
@@ -167,7 +154,7 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
     Access::fetch(security, status);
     ASSERT_TRUE(status.is_clear());
     void* const earlier = Access::descriptor(security);
-    const unsigned int before = local_blocks();
+    const unsigned int before = test::system_blocks();
     {
         const Swap absolute(win32.make_absolute_sd, &no_absolute);
         Access::fetch(security, status);
@@ -189,12 +176,12 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
                   "::InitializeSecurityDescriptor");
     }
     status.clear();
-    EXPECT_EQ(local_blocks(), before);
+    EXPECT_EQ(test::system_blocks(), before);
     EXPECT_EQ(Access::descriptor(security), earlier);
     EXPECT_EQ(security.security_attributes(false)->lpSecurityDescriptor, earlier);
     Access::fetch(security, status);
     EXPECT_TRUE(status.is_clear());
-    EXPECT_EQ(local_blocks(), before) << "the earlier descriptor is released when another takes its place";
+    EXPECT_EQ(test::system_blocks(), before) << "the earlier descriptor is released when another takes its place";
 }
 
 TEST(Security, success_without_a_descriptor_is_a_failure)
@@ -290,45 +277,5 @@ TEST(Security, a_descriptor_without_a_list_writes_nothing)
         +[](HANDLE, SE_OBJECT_TYPE, SECURITY_INFORMATION, void*, void*, ACL*, ACL*)
              WINAPI -> DWORD { return ERROR_ACCESS_DENIED; });
     Access::write(security, status);
-    EXPECT_TRUE(status.is_clear());
-}
-
-TEST(Acl, that_cannot_be_initialised_throws_and_keeps_its_list)
-{
-    Tam_acl acl;
-    const ACL* const list = Access::list(acl);
-    Tam_status status(5);
-    {
-        const Swap initialise(
-            win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return FALSE; });
-        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_acl another; }), "::InitializeAcl");
-        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { acl.erase(status); }), "::InitializeAcl");
-    }
-    EXPECT_TRUE(status.is_clear());
-    {
-        const test::Failing_new failure(1);
-        acl.erase(status);
-    }
-    EXPECT_EQ(status, 0xC2000001U);
-    EXPECT_EQ(Access::list(acl), list);
-    {
-        const test::Failing_new failure(1);
-        EXPECT_THROW(Tam_acl another, std::bad_alloc);
-    }
-}
-
-TEST(Acl, a_copy_without_memory_has_no_list)
-{
-    const Tam_acl acl;
-    Tam_status status;
-    const auto copy = [&](const Tam_acl& source) { return std::make_unique<Tam_acl>(source, status); };
-    std::unique_ptr<Tam_acl> without;
-    {
-        const test::Failing_new failure(2); // the first is the object
-        without = copy(acl);
-    }
-    EXPECT_EQ(status, 0xC2000001U);
-    EXPECT_EQ(Access::list(*without), nullptr);
-    EXPECT_EQ(Access::list(*copy(*without)), nullptr);
     EXPECT_TRUE(status.is_clear());
 }

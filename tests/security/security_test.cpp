@@ -8,40 +8,18 @@
 
 #include <tam/tam.h>
 #include <tests/security/descriptors.h>
+#include <tests/security/scratch_key.h>
 #include <tests/security/security_access.h>
 #include <tests/support/chain.h>
 #include <tests/support/thrown.h>
-#include <tests/support/unique_name.h>
 
 using namespace tam;
 using test::Found_list;
+using test::Scratch_key;
 using test::SOME_RIGHTS;
 using Access = detail::Security_access;
 
 namespace {
-
-// A registry key of the test's own.
-class Scratch_key {
-public:
-    Scratch_key() : m_path(L"Software\\" + test::unique_name(L"key"))
-    {
-        EXPECT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, m_path.c_str(), &m_key), 0);
-    }
-    ~Scratch_key()
-    {
-        ::RegCloseKey(m_key);
-        ::RegDeleteKeyW(HKEY_CURRENT_USER, m_path.c_str());
-    }
-    Scratch_key(const Scratch_key&) = delete;
-    Scratch_key& operator=(const Scratch_key&) = delete;
-
-    HKEY get() const { return m_key; }
-    std::wstring name() const { return L"CURRENT_USER\\" + m_path; }
-
-private:
-    std::wstring m_path;
-    HKEY m_key = nullptr;
-};
 
 constexpr char BAD_TYPE[] = "Invalid argument to Tam_security::map_object_type()";
 
@@ -253,29 +231,4 @@ TEST(Security, copies_share_the_descriptor)
     EXPECT_EQ(Access::descriptor(*target), Access::descriptor(source));
     EXPECT_TRUE(test::list_in(dropped).present) << "what the target held is not released";
     ::LocalFree(dropped);
-}
-
-TEST(Acl, is_an_empty_list_of_eight_bytes_by_default)
-{
-    Tam_acl acl;
-    const ACL* const list = Access::list(acl);
-    ASSERT_TRUE(::IsValidAcl(Access::list(acl)));
-    EXPECT_EQ(list->AclRevision, 2);
-    EXPECT_EQ(list->AclSize, 8);
-    EXPECT_EQ(list->AceCount, 0);
-    Tam_status status(5);
-    acl.erase(status);
-    EXPECT_TRUE(status.is_clear());
-    EXPECT_EQ(Access::list(acl)->AceCount, 0);
-}
-
-TEST(Acl, copies_own_their_list)
-{
-    const Tam_acl acl;
-    Tam_status status(5);
-    const Tam_acl copy(acl, status);
-    EXPECT_TRUE(status.is_clear());
-    EXPECT_NE(Access::list(copy), Access::list(acl));
-    EXPECT_TRUE(::IsValidAcl(Access::list(copy)));
-    EXPECT_EQ(Access::list(copy)->AclSize, 8);
 }

@@ -58,20 +58,6 @@ std::wstring system_text(DWORD error)
     return std::wstring(text, length);
 }
 
-// Blocks of the heap that the system's own allocations come from.
-unsigned int system_blocks()
-{
-    const HANDLE heap = ::GetProcessHeap();
-    PROCESS_HEAP_ENTRY entry{};
-    unsigned int count = 0;
-    ::HeapLock(heap);
-    while (::HeapWalk(heap, &entry)) {
-        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1U : 0U;
-    }
-    ::HeapUnlock(heap);
-    return count;
-}
-
 bool is_loaded(const wchar_t* name)
 {
     return ::GetModuleHandleW(name) != nullptr;
@@ -298,11 +284,11 @@ TEST(Messages_list, gives_back_the_memory_of_the_systems_texts)
         list.format_message(by_system, text);
     };
     render();
-    const unsigned int before = system_blocks();
+    const unsigned int before = test::system_blocks();
     for (int i = 0; i < 10; ++i) {
         render();
     }
-    EXPECT_EQ(system_blocks(), before);
+    EXPECT_EQ(test::system_blocks(), before);
 }
 
 TEST(Messages_list, passes_on_what_an_argument_throws_and_loses_nothing)

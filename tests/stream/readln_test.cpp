@@ -1,5 +1,6 @@
 #include <tam/stream/istream.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -257,18 +258,27 @@ std::string random_text(std::mt19937& random, std::size_t size, unsigned int len
     return text;
 }
 
-// Has a read_at of its own, which the line readers must call.
+// A stream of a caller's own, whose read_at the line readers must call for every byte.
 class Own_read_at : public Tam_buffered_istream {
 public:
     using Tam_buffered_istream::Tam_buffered_istream;
     unsigned int read_at(unsigned long long position, unsigned int count, void* destination,
                          Tam_status& status) const override
     {
-        ++calls;
-        return Tam_buffered_istream::read_at(position, count, destination, status);
+        const unsigned int n = Tam_buffered_istream::read_at(position, count, destination, status);
+        std::replace(static_cast<char*>(destination), static_cast<char*>(destination) + n, 'x', 'y');
+        return n;
     }
-    mutable unsigned int calls = 0;
 };
+
+TEST(Line_readers, call_the_read_at_of_a_derived_class_for_every_byte)
+{
+    const Vector_buffer buffer("xx\nxxxx\n" + std::string(200, ' '));
+    Tam_status status;
+    Own_read_at stream(buffer, false, status);
+    EXPECT_EQ(read_line(stream, Reader::NARROW, 9), (Line{"yy", 0, 3}));
+    EXPECT_EQ(read_line(stream, Reader::NARROW, 9), (Line{"yyyy", 0, 8}));
+}
 
 TEST(Line_readers, all_read_the_lines_that_the_rules_say)
 {
@@ -320,7 +330,6 @@ TEST(Line_readers, all_read_the_lines_that_the_rules_say)
                 derived.seek(position);
             }
         }
-        ASSERT_NE(derived.calls, 0U);
     }
 }
 

@@ -30,6 +30,18 @@ struct Handle_list {
     Handle_entry entries[1];
 };
 
+unsigned int blocks_of(HANDLE heap)
+{
+    PROCESS_HEAP_ENTRY entry{};
+    unsigned int count = 0;
+    ::HeapLock(heap);
+    while (::HeapWalk(heap, &entry)) {
+        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1U : 0U;
+    }
+    ::HeapUnlock(heap);
+    return count;
+}
+
 } // namespace
 
 unsigned int open_handles()
@@ -49,15 +61,12 @@ unsigned int open_handles()
 
 unsigned int heap_blocks()
 {
-    const auto heap = reinterpret_cast<HANDLE>(_get_heap_handle());
-    PROCESS_HEAP_ENTRY entry{};
-    unsigned int count = 0;
-    ::HeapLock(heap);
-    while (::HeapWalk(heap, &entry)) {
-        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1U : 0U;
-    }
-    ::HeapUnlock(heap);
-    return count;
+    return blocks_of(reinterpret_cast<HANDLE>(_get_heap_handle()));
+}
+
+unsigned int system_blocks()
+{
+    return blocks_of(::GetProcessHeap());
 }
 
 } // namespace tam::test

@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+
+#include <windows.h>
+
+#include <tam/detail/win32.h>
+#include <tam/tam.h>
+#include <tests/security/lists.h>
+#include <tests/security/security_access.h>
+#include <tests/support/chain.h>
+#include <tests/support/failing_new.h>
+#include <tests/support/resources.h>
+#include <tests/support/swap.h>
+#include <tests/support/thrown.h>
+
+using namespace tam;
+using detail::win32;
+using test::chain;
+using test::Swap;
+using Access = detail::Security_access;
+
+namespace {
+
+BOOL WINAPI no_set_dacl(void*, BOOL, ACL*, BOOL)
+{
+    ::SetLastError(ERROR_INVALID_ACL);
+    return FALSE;
+}
+
+BOOL WINAPI no_get_dacl(void*, BOOL*, ACL**, BOOL*)
+{
+    ::SetLastError(ERROR_INVALID_SECURITY_DESCR);
+    return FALSE;
+}
+
+BOOL WINAPI no_initialise(ACL*, DWORD, DWORD)
+{
+    return FALSE;
+}
+
+} // namespace
+
+TEST(Security_list, failures_keep_descriptor_list_and_object)
+{
+    const Tam_event event;
+    Tam_status status;
+    const Tam_acl acl(TAM_TRUSTEE_USERS, SYNCHRONIZE, status);
+    const Tam_acl more(TAM_TRUSTEE_SERVICES, SYNCHRONIZE, status);
+    for (const bool associated : {false, true}) {
+        Tam_security security;
+        if (associated) {
+            security.associate_with_object(TAM_SEC_OBJ_KERNEL, event.handle(), status);
+        }
+        security.set_disc_acl(acl, status, false);
+        ASSERT_TRUE(status.is_clear());
+        void* const descriptor = Access::descriptor(security);
+        const unsigned int blocks = test::system_blocks();
+        const auto reports = [&](bool merge) {
+            security.set_disc_acl(more, status, merge);
+            EXPECT_EQ(Access::descriptor(security), descriptor);
+            return chain(status);
+        };
+        {
+            const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
+            EXPECT_EQ(reports(false), L"C2000077 1336");
+            EXPECT_EQ(reports(true), L"C2000077 1336");
+        }
+        {
+            const Swap get(win32.get_security_descriptor_dacl, &no_get_dacl);
+            EXPECT_EQ(reports(true), L"C2000076 1338");
+            EXPECT_EQ(security.get_disc_acl(status), nullptr);
+            EXPECT_EQ(chain(status), L"C2000076 1338");
+        }
+        if (associated) {
+            // Reading for get_disc_acl has put another in its place.
+            security.set_disc_acl(acl, status, false);
+            const Swap initialise(
+                win32.initialize_security_descriptor, +[](void*, DWORD) WINAPI -> BOOL { return FALSE; });
+            EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { security.set_disc_acl(more, status, false); }),
+                      "::InitializeSecurityDescriptor");
+        }
+        status.clear();
+        EXPECT_EQ(test::system_blocks(), blocks);
+        const std::unique_ptr<Tam_acl> found(security.get_disc_acl(status));
+        EXPECT_EQ(test::entries_of(*found), (std::vector<std::wstring>{L"0 00100000 S-1-5-32-545"}));
+    }
+}
+
+TEST(Security_list, that_cannot_be_closed_throws_or_reports)
+{
+    Tam_status status;
+    {
+        const Swap initialise(win32.initialize_acl, &no_initialise);
+        EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Tam_security closed(false, status); }), "::InitializeAcl");
+    }
+    int calls = 0;
+    static int* counter = nullptr;
+    counter = &calls;
+    // The first call is the default constructor's.
+    const Swap set(
+        win32.set_security_descriptor_dacl,
+        +[](void* descriptor, BOOL present, ACL* list, BOOL defaulted) WINAPI -> BOOL {
+            return ++*counter % 2 == 1 ? ::SetSecurityDescriptorDacl(descriptor, present, list, defaulted)
+                                       : no_set_dacl(descriptor, present, list, defaulted);
+        });
+    Tam_security closed(false, status);
+    EXPECT_EQ(chain(status), L"C2000077 1336");
+    const Tam_acl acl;
+    Tam_security of_list(acl, status);
+    EXPECT_EQ(chain(status), L"C2000077 1336");
+    const std::unique_ptr<Tam_acl> found(of_list.get_disc_acl(status));
+    EXPECT_EQ(found, nullptr) << "it grants everybody full access: the caller has to look at the status";
+}
+
+TEST(Security_list, memory_that_runs_out_is_a_failure_like_others)
+{
+    const Tam_event event;
+    Tam_status status;
+    Tam_acl acl(TAM_TRUSTEE_USERS, SYNCHRONIZE, status);
+    const Tam_acl more(TAM_TRUSTEE_SERVICES, SYNCHRONIZE, status);
+    Tam_security security(acl, status);
+    security.associate_with_object(TAM_SEC_OBJ_KERNEL, event.handle(), status);
+    std::unique_ptr<Tam_acl> found;
+    const std::function<void()> operations[] = {
+        [&] { security.set_disc_acl(more, status, true); },
+        [&] { found.reset(security.get_disc_acl(status)); },
+        [&] { Tam_security closed(false, status); },
+    };
+    for (const auto& operation : operations) {
+        for (unsigned int nth = 1;; ++nth) {
+            // A fetched descriptor has its list in itself: the list set last is let go before the count.
+            found.reset(security.get_disc_acl(status));
+            found.reset();
+            const long long blocks = test::live_blocks();
+            bool failed = false;
+            {
+                const test::Failing_new failing(nth);
+                operation();
+                failed = failing.failed();
+            }
+            if (!failed) {
+                EXPECT_GT(nth, 2U);
+                break;
+            }
+            EXPECT_EQ(status, 0xC2000001U) << nth;
+            EXPECT_FALSE(status.has_child()) << nth;
+            EXPECT_EQ(found, nullptr) << nth;
+            EXPECT_EQ(test::live_blocks(), blocks) << nth;
+        }
+        EXPECT_TRUE(status.is_clear());
+    }
+    found.reset(security.get_disc_acl(status));
+    EXPECT_EQ(test::entries_of(*found), (std::vector<std::wstring>{L"0 00100000 S-1-5-6"}));
+}
