@@ -170,6 +170,7 @@ TEST_F(Read_write_semaphore, guards_give_back_their_lock_when_an_exception_leave
 TEST_F(Read_write_semaphore, named_consists_of_three_kernel_objects)
 {
     const std::wstring name = test::unique_name(L"rw");
+    const Tam_event first_name(name); // opens the folder of names too
     const unsigned int handles = test::open_handles();
     {
         const Tam_read_write_semaphore first(name);
