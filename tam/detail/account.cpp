@@ -9,7 +9,7 @@
 
 #include <windows.h>
 
-#include <lmerr.h>
+#include <lm.h>
 
 #include <tam/detail/failure.h>
 #include <tam/detail/handle.h>

@@ -1,6 +1,7 @@
 #pragma once
 
-// The platform calls that can fail, and those that tests answer in its place. Library code makes them through detail::win32:
+// The platform calls that can fail, and those that tests answer in the platform's place. Library code makes them through
+// detail::win32:
 //
 //     if (!detail::win32.set_end_of_file(handle)) ...
 //
@@ -10,10 +11,7 @@
 #include <windows.h>
 
 #include <aclapi.h>
-#include <lmcons.h>
-// These come after lmcons.h.
-#include <lmaccess.h>
-#include <lmapibuf.h>
+#include <lm.h>
 #include <process.h>
 #include <winsvc.h>
 
