@@ -92,3 +92,14 @@ show 0 profile_query "$copy" "Second listener"
 show 1 profile_edit "$copy" set Service Workers 99 rename-section Routes Listener
 show 0 profile_edit "$copy" set Service Workers 16 commit get Service Workers rollback get Service Workers
 rm -f "$copy" "${copy%.ini}.bak"
+
+echo
+echo "The access list of a registry key of its own: a denial goes before the grants and wins over them:"
+scripts/wine.sh reg add 'HKCU\Software\tam demo' /f >/dev/null
+show 0 acl key 'CURRENT_USER\Software\tam demo' show
+show 0 acl key 'CURRENT_USER\Software\tam demo' grant Everyone 20019
+show 0 acl key 'CURRENT_USER\Software\tam demo' deny Everyone 10
+show 0 acl key 'CURRENT_USER\Software\tam demo' show
+show 0 acl key 'CURRENT_USER\Software\tam demo' test Everyone 9
+show 1 acl key 'CURRENT_USER\Software\tam demo' grant 'no such account' 1
+scripts/wine.sh reg delete 'HKCU\Software\tam demo' /f >/dev/null
