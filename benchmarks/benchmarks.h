@@ -34,7 +34,9 @@ void run_stream_benchmarks();
 void run_page_buffer_benchmarks();
 void run_crc32_benchmarks();
 void run_profile_benchmarks();
+void run_registry_benchmarks();
 void run_process_benchmarks();
+void run_thread_benchmarks();
 void run_security_benchmarks();
 
 } // namespace tam::benchmarks

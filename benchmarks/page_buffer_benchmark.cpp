@@ -14,7 +14,7 @@ namespace tam::benchmarks {
 namespace {
 
 constexpr unsigned int BLOCK = Tam_page_buffer::BLOCK_SIZE;
-constexpr unsigned int PIECE = 64 * 1024;          // of a transfer in memory
+constexpr unsigned int PIECE = 64 * 1024; // of a transfer in memory
 constexpr unsigned int MEMORY_BYTES = 16 * 1024 * 1024;
 constexpr unsigned int ROUNDS = 8;
 constexpr unsigned int SWAPPED_BYTES = 64 * 1024 * 1024;

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds tam and shows it at work under Wine: a service's profile file is listed and queried through tam.dll, files of this
-# project are read for their checksums, and the jobs of another profile file run in threads. Requests that must fail show
-# how failures are reported.
+# project are read for their checksums, the jobs of another profile file run in threads, and a copy of the profile is
+# changed. Requests that must fail show how failures are reported.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -81,3 +81,25 @@ show 1 file_digest 'build/demo/*.md' 'build/demo/*.missing' | check_digests
 echo
 echo "Jobs in threads of their own; one fails, one is terminated, one comes again and again, one does not exist:"
 show 1 run_jobs examples/data/jobs.ini
+
+echo
+echo "Changes to a copy of the profile; all edits of a call are committed together, or none:"
+copy=build/demo_profile.ini
+cp "$profile" "$copy"
+show 0 profile_edit "$copy" set Service Workers 12 copy-section Listener "Second listener" \
+    set "Second listener" Port 2526 delete "Second listener" Filter
+show 0 profile_query "$copy" "Second listener"
+show 1 profile_edit "$copy" set Service Workers 99 rename-section Routes Listener
+show 0 profile_edit "$copy" set Service Workers 16 commit get Service Workers rollback get Service Workers
+rm -f "$copy" "${copy%.ini}.bak"
+
+echo
+echo "The access list of a registry key of its own: a denial goes before the grants and wins over them:"
+scripts/wine.sh reg add 'HKCU\Software\tam demo' /f >/dev/null
+show 0 acl key 'CURRENT_USER\Software\tam demo' show
+show 0 acl key 'CURRENT_USER\Software\tam demo' grant Everyone 20019
+show 0 acl key 'CURRENT_USER\Software\tam demo' deny Everyone 10
+show 0 acl key 'CURRENT_USER\Software\tam demo' show
+show 0 acl key 'CURRENT_USER\Software\tam demo' test Everyone 9
+show 1 acl key 'CURRENT_USER\Software\tam demo' grant 'no such account' 1
+scripts/wine.sh reg delete 'HKCU\Software\tam demo' /f >/dev/null

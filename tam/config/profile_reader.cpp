@@ -1,6 +1,5 @@
 #include <tam/config/profile_reader.h>
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -8,6 +7,7 @@
 #include <tam/detail/line_reader.h>
 #include <tam/detail/line_source.h>
 #include <tam/detail/profile_line.h>
+#include <tam/detail/profile_section.h>
 #include <tam/status/codes.h>
 #include <tam/stream/buffered_istream.h>
 #include <tam/text/compare.h>
@@ -17,19 +17,6 @@ namespace tam {
 namespace {
 
 using detail::run;
-
-// A cheap look before the comparison of whole names: those of one file tend to differ at their end.
-bool may_be_equal(std::wstring_view a, std::wstring_view b)
-{
-    constexpr wchar_t LAST_OF_ASCII = 0x7F;
-    constexpr int CASE_BIT = 0x20; // where the two cases of an ASCII letter differ
-    if (a.size() != b.size() || a.empty()) {
-        return a.size() == b.size();
-    }
-    const wchar_t x = a.back();
-    const wchar_t y = b.back();
-    return x == y || x > LAST_OF_ASCII || y > LAST_OF_ASCII || (x ^ y) == CASE_BIT;
-}
 
 // Takes the text of a line if its first unit is one that headers begin with, else nothing.
 class Header_text {
@@ -55,15 +42,6 @@ private:
     bool m_wanted = false;
 };
 
-// Whether a line was read; that it has no end does not matter.
-bool check_line(Tam_status& status)
-{
-    if (status.value() == TAM_E_NO_LINE_END) {
-        status.clear();
-    }
-    return status.ok();
-}
-
 } // namespace
 
 Tam_profile_reader::Tam_profile_reader() = default;
@@ -82,7 +60,7 @@ Tam_profile_reader::~Tam_profile_reader()
 void Tam_profile_reader::open(const std::wstring& file, Tam_status& status)
 {
     close(status);
-    run(status, [&] {
+    detail::run(status, [&] {
         m_file = file;
         m_buffer.open(file, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);
         if (status.ok()) {
@@ -114,7 +92,7 @@ void Tam_profile_reader::close(Tam_status& status)
 void Tam_profile_reader::get_section_list(Tam_object_vector<std::wstring>& names, Tam_status& status) const
 {
     names.clear();
-    run(status, [&] {
+    detail::run(status, [&] {
         if (_check_open(status)) {
             names.reserve(m_sections.size());
             for (const Section& section : m_sections) {
@@ -126,13 +104,13 @@ void Tam_profile_reader::get_section_list(Tam_object_vector<std::wstring>& names
 
 void Tam_profile_reader::set_current_section(const std::wstring& name, Tam_status& status)
 {
-    run(status, [&] {
+    detail::run(status, [&] {
         if (!_check_open(status)) {
             return;
         }
         std::wstring candidate;
         for (const Section& section : m_sections) {
-            if (!may_be_equal(_name_of(section), name)) {
+            if (!detail::may_be_same_profile_name(_name_of(section), name)) {
                 continue;
             }
             candidate = _name_of(section);
@@ -149,43 +127,37 @@ void Tam_profile_reader::set_current_section(const std::wstring& name, Tam_statu
 
 void Tam_profile_reader::reset_section_position(Tam_status& status)
 {
-    run(status, [&] {
-        if (_check_section(status)) {
-            m_cursor = 0;
+    detail::run(status, [&] {
+        if (_check_open(status)) {
+            _current().reset(m_cursor, status);
         }
     });
 }
 
 void Tam_profile_reader::get_current_entry(std::pair<std::wstring, std::wstring>& entry, Tam_status& status) const
 {
-    run(status, [&] {
-        if (_check_entry(status)) {
-            entry = std::pair(m_entries[m_cursor]);
+    detail::run(status, [&] {
+        if (_check_open(status)) {
+            _current().get_entry(m_cursor, entry, status);
         }
     });
 }
 
 void Tam_profile_reader::move_to_next_entry(Tam_status& status)
 {
-    run(status, [&] {
-        if (_check_entry(status)) {
-            ++m_cursor;
+    detail::run(status, [&] {
+        if (_check_open(status)) {
+            _current().move_to_next(m_cursor, status);
         }
     });
 }
 
 void Tam_profile_reader::move_to_key(const std::wstring& key, Tam_status& status)
 {
-    run(status, [&] {
-        if (!_check_section(status)) {
-            return;
+    detail::run(status, [&] {
+        if (_check_open(status)) {
+            _current().move_to_key(key, m_cursor, status);
         }
-        const auto has_key = [&key](const auto& entry) {
-            return may_be_equal(entry.first, key) && tam_string_equal_nc(entry.first, key);
-        };
-        const auto found = std::find_if(m_entries.begin(), m_entries.end(), has_key);
-        m_cursor = static_cast<std::size_t>(found - m_entries.begin());
-        _check_entry(status);
     });
 }
 
@@ -205,7 +177,7 @@ void Tam_profile_reader::get_section_list(Tam_object_vector<Section>& sections, 
     while (status.ok()) {
         position += detail::read_line<detail::Wide_units_le>(source, TAM_EOL_ANY, position, detail::PROFILE_LINE_LIMIT,
                                                              Header_text(line), status);
-        if (check_line(status) && detail::take_section_name(line)) {
+        if (detail::was_profile_line_read(status) && detail::take_section_name(line)) {
             sections.push_back({names.size(), line.size(), position});
             names += line;
         }
@@ -217,8 +189,7 @@ void Tam_profile_reader::get_section_list(Tam_object_vector<Section>& sections, 
 
 bool Tam_profile_reader::get_section_header(Tam_istream& stream, std::wstring& name, Tam_status& status) const
 {
-    stream.wreadln(detail::PROFILE_LINE_LIMIT, name, status);
-    return check_line(status) && detail::take_section_name(name);
+    return detail::read_profile_line(stream, name, status) && detail::take_section_name(name);
 }
 
 void Tam_profile_reader::read_status_check(Tam_status& status, const std::wstring& section) const
@@ -235,7 +206,7 @@ void Tam_profile_reader::get_key_value_pairs(Tam_status& status)
 {
     m_entries.clear();
     m_cursor = 0;
-    if (!_check_section(status)) {
+    if (!_check_open(status) || !_current().check(status)) {
         return;
     }
     try {
@@ -286,28 +257,9 @@ bool Tam_profile_reader::_check_open(Tam_status& status) const
     return m_open;
 }
 
-bool Tam_profile_reader::_check_section(Tam_status& status) const
+detail::Current_section Tam_profile_reader::_current() const
 {
-    if (!_check_open(status)) {
-        return false;
-    }
-    if (m_section.empty()) {
-        detail::assign_failure(status, TAM_E_NO_CURRENT_SECTION);
-        return false;
-    }
-    return true;
-}
-
-bool Tam_profile_reader::_check_entry(Tam_status& status) const
-{
-    if (!_check_section(status)) {
-        return false;
-    }
-    if (end_of_entries()) {
-        detail::assign_failure(status, TAM_E_END_OF_ENTRIES, m_section);
-        return false;
-    }
-    return true;
+    return {m_section.empty() ? nullptr : &m_section, m_entries};
 }
 
 } // namespace tam

@@ -14,6 +14,10 @@
 
 namespace tam {
 
+namespace detail {
+struct Current_section;
+}
+
 /// Reads a profile file: a text file of sections, each with lines of key and value.
 ///
 /// The file is little-endian UTF-16. A line ends with CR LF, LF or CR; of one with more than 1024 units every piece that
@@ -122,8 +126,7 @@ private:
     void _forget();
     std::wstring_view _name_of(const Section& section) const;
     bool _check_open(Tam_status& status) const;
-    bool _check_section(Tam_status& status) const;
-    bool _check_entry(Tam_status& status) const;
+    detail::Current_section _current() const;
 
     std::wstring m_file;
     bool m_open = false;

@@ -17,8 +17,6 @@ namespace {
 
 constexpr std::wstring_view FORMAT_TOKENS = L"%ABUYabdjmwx";
 constexpr int FEBRUARY = 2;
-constexpr int BASE_YEAR = 1900; // of tm_year
-constexpr int BASE_MONTH = 1;   // of tm_mon
 constexpr int DAYS_PER_YEAR = 365;
 constexpr int DAYS_PER_4_YEARS = 1461;
 constexpr int DAYS_PER_CENTURY = 36524;
@@ -207,7 +205,7 @@ void Tam_date::date(const Tam_ordinal& ordinal, int weekday, int month, int year
 // The year goes through infer_year, not + 1900: 99 is 1999, 100 is the year 100.
 void Tam_date::date(const tm& value)
 {
-    date(value.tm_mday, wrapping_add(value.tm_mon, BASE_MONTH), infer_year(value.tm_year));
+    date(value.tm_mday, wrapping_add(value.tm_mon, TM_BASE_MONTH), infer_year(value.tm_year));
 }
 
 int Tam_date::day() const
@@ -240,8 +238,8 @@ Tam_date::operator tm() const
     const Calendar_date date = calendar_date(m_julian_day);
     tm value{};
     value.tm_mday = date.day;
-    value.tm_mon = date.month - BASE_MONTH;
-    value.tm_year = date.year - BASE_YEAR;
+    value.tm_mon = date.month - TM_BASE_MONTH;
+    value.tm_year = date.year - TM_BASE_YEAR;
     value.tm_wday = weekday() - 1;
     value.tm_yday = m_julian_day - calc_julian_day(1, 1, date.year);
     return value;

@@ -15,8 +15,6 @@ using namespace detail;
 
 namespace {
 
-constexpr int BASE_YEAR = 1900; // of tm_year
-constexpr int BASE_MONTH = 1;   // of tm_mon
 constexpr int MICROSECONDS_PER_MILLISECOND = 1000;
 
 // In all 64 bits.
@@ -63,7 +61,8 @@ void Tam_date_and_time::assign(const Tam_date& date, const Tam_time& time, Zones
 
 void Tam_date_and_time::assign(const tm& value, Zones zone)
 {
-    const Tam_date date(value.tm_mday, wrapping_add(value.tm_mon, BASE_MONTH), wrapping_add(value.tm_year, BASE_YEAR));
+    const Tam_date date(value.tm_mday, wrapping_add(value.tm_mon, TM_BASE_MONTH),
+                        wrapping_add(value.tm_year, TM_BASE_YEAR));
     assign(date, Tam_time(value, 0), zone);
 }
 

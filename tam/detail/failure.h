@@ -61,16 +61,23 @@ void push_last_error(Tam_status& status, unsigned int code, const Arguments&... 
     push_system_error(status, Tam_status::get_last_error(), code, arguments...);
 }
 
-// Clears status and runs the operation, for which memory that runs out is a failure like others.
+// Runs an operation for which memory that runs out is a failure like others.
 template <class Operation>
-void run(Tam_status& status, const Operation& operation)
+void report_lack_of_memory(Tam_status& status, Operation operation)
 {
-    status.clear();
     try {
         operation();
     } catch (const std::bad_alloc&) {
         status = TAM_E_OUT_OF_MEMORY;
     }
+}
+
+// Clears status and runs the operation, for which memory that runs out is a failure like others.
+template <class Operation>
+void run(Tam_status& status, const Operation& operation)
+{
+    status.clear();
+    report_lack_of_memory(status, operation);
 }
 
 } // namespace tam::detail

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include <tam/detail/failure.h>
+#include <tam/detail/seek.h>
 #include <tam/status/codes.h>
-#include <tam/stream/position.h>
 
 namespace tam::detail {
 
@@ -59,13 +59,7 @@ Page_store::~Page_store()
 
 void Page_store::seek(Tam_seek_mode mode, int offset, unsigned long long& position, Tam_status& status) const
 {
-    status.clear();
-    const unsigned long long base = mode == TAM_SEEK_START ? 0 : mode == TAM_SEEK_END ? m_length : position;
-    try {
-        position = tam_advance(base, offset);
-    } catch (const std::exception&) {
-        assign_failure(status, TAM_E_POSITION_OUT_OF_RANGE);
-    }
+    seek_in(m_length, mode, offset, position, status);
 }
 
 unsigned int Page_store::read(unsigned long long& position, unsigned int count, void* destination, Tam_status& status)

@@ -1,6 +1,7 @@
 #include <tam/detail/profile_line.h>
 
 #include <tam/detail/characters.h>
+#include <tam/status/codes.h>
 
 namespace tam::detail {
 
@@ -12,6 +13,7 @@ constexpr wchar_t HEADER_END = L']';
 constexpr wchar_t COMMENT = L';';
 constexpr wchar_t SEPARATOR = L'=';
 constexpr wchar_t ESCAPE = L'\\';
+constexpr std::wstring_view LINE_END = L"\r\n";
 
 // What an escape stands for, if the units behind the backslash are these.
 struct Hexadecimal_escape {
@@ -69,28 +71,52 @@ std::wstring unescaped(std::wstring_view text)
 
 void append_escaped(std::wstring& line, std::wstring_view text)
 {
-    for (const wchar_t unit : text) {
-        if (unit == SEPARATOR) {
-            line += ESCAPE;
-            line += SEPARATOR;
-            continue;
+    const auto is_escaped = [](wchar_t unit) {
+        return unit == SEPARATOR || unit == L'\n' || unit == L'\r' || unit == ESCAPE;
+    };
+    for (;;) {
+        std::size_t plain = 0;
+        while (plain != text.size() && !is_escaped(text[plain])) {
+            ++plain;
         }
-        const Hexadecimal_escape* known = nullptr;
+        line += text.substr(0, plain);
+        if (plain == text.size()) {
+            return;
+        }
+        const wchar_t unit = text[plain];
+        text.remove_prefix(plain + 1);
+        line += ESCAPE;
+        if (unit == SEPARATOR) {
+            line += SEPARATOR;
+        }
         for (const Hexadecimal_escape& candidate : HEXADECIMAL_ESCAPES) {
             if (candidate.meaning == unit) {
-                known = &candidate;
+                line += candidate.units;
             }
-        }
-        if (known != nullptr) {
-            line += ESCAPE;
-            line += known->units;
-        } else {
-            line += unit;
         }
     }
 }
 
 } // namespace
+
+bool has_byte_order_mark(std::wstring_view line)
+{
+    return line.starts_with(BYTE_ORDER_MARK);
+}
+
+bool read_profile_line(Tam_istream& stream, std::wstring& line, Tam_status& status)
+{
+    stream.wreadln(PROFILE_LINE_LIMIT, line, status);
+    return was_profile_line_read(status);
+}
+
+bool was_profile_line_read(Tam_status& status)
+{
+    if (status.value() == TAM_E_NO_LINE_END) {
+        status.clear();
+    }
+    return status.ok();
+}
 
 bool may_be_profile_header(wchar_t first)
 {
@@ -125,18 +151,35 @@ Profile_entry split_profile_line(std::wstring_view line)
     return {unescaped(trimmed(line.substr(0, separator))), unescaped(trimmed(line.substr(separator + 1)))};
 }
 
-std::wstring profile_line_of(const Profile_entry& entry)
+void append_profile_header(std::wstring& text, std::wstring_view name)
+{
+    text += HEADER_START;
+    text += name;
+    text += HEADER_END;
+    text += LINE_END;
+}
+
+void append_profile_entry(std::wstring& text, const Profile_entry& entry)
 {
     const auto& [key, value] = entry;
     if (key.starts_with(COMMENT)) {
-        return key;
+        text += key;
+    } else {
+        append_escaped(text, key);
+        text += SEPARATOR;
+        append_escaped(text, value);
     }
-    std::wstring line;
-    line.reserve(key.size() + 1 + value.size());
-    append_escaped(line, key);
-    line += SEPARATOR;
-    append_escaped(line, value);
-    return line;
+    text += LINE_END;
+}
+
+void append_profile_blank_line(std::wstring& text)
+{
+    text += LINE_END;
+}
+
+void append_byte_order_mark(std::wstring& text)
+{
+    text += BYTE_ORDER_MARK;
 }
 
 } // namespace tam::detail

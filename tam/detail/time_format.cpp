@@ -15,7 +15,6 @@ constexpr int MAXIMUM_WIDTH = 11;            // a 32-bit number with its sign
 constexpr std::size_t FORMATTED_SIZE = 1024; // characters that one token can become
 constexpr int SEPARATOR_SIZE = 10;           // with the null character
 constexpr int ORDER_SIZE = 2;
-constexpr int BASE_YEAR = 1900; // of tm_year
 constexpr int HOURS_PER_HALF_DAY = 12;
 constexpr int DAYS_PER_WEEK = 7;
 
@@ -123,7 +122,7 @@ void append_date_token(std::wstring& text, wchar_t token, const tm& value)
         append_number(text, (value.tm_yday + DAYS_PER_WEEK - value.tm_wday) / DAYS_PER_WEEK, 2);
         break;
     case L'Y': {
-        const int year = value.tm_year + BASE_YEAR;
+        const int year = value.tm_year + TM_BASE_YEAR;
         append_number(text, year, year < 0 ? 5 : 4);
         break;
     }
@@ -134,7 +133,7 @@ void append_date_token(std::wstring& text, wchar_t token, const tm& value)
         append_number(text, value.tm_yday + 1, 3);
         break;
     case L'm':
-        append_number(text, value.tm_mon + 1, 2);
+        append_number(text, value.tm_mon + TM_BASE_MONTH, 2);
         break;
     case L'w':
         append_number(text, value.tm_wday + 1, 1);

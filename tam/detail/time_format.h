@@ -5,6 +5,10 @@
 
 namespace tam::detail {
 
+// What the fields of a tm count from.
+constexpr int TM_BASE_YEAR = 1900;
+constexpr int TM_BASE_MONTH = 1;
+
 // The walk that all formats of dates and times share: replaces result by format, in which append_token(c) is called for
 // each % followed by a character c. A % at the very end stands for itself.
 template <class Append_token>

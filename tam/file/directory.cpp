@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cwchar>
 #include <stdexcept>
-#include <vector>
 
 #include <windows.h>
 
 #include <tam/detail/failure.h>
 #include <tam/detail/handle.h>
+#include <tam/detail/registry.h>
 #include <tam/detail/win32.h>
 #include <tam/file/directory_iterator.h>
 #include <tam/file/file.h>
@@ -57,29 +57,21 @@ std::wstring expanded(const std::wstring& text)
     return result;
 }
 
-// A value may lack its terminating null, have several, or grow between two reads.
 std::wstring default_user_temp()
 {
-    HKEY opened = nullptr;
-    if (detail::win32.reg_open_key_ex(HKEY_USERS, DEFAULT_ENVIRONMENT_KEY, 0, KEY_READ, &opened) != ERROR_SUCCESS) {
+    detail::Registry_key key;
+    detail::Registry_data data;
+    if (detail::open_registry_key(HKEY_USERS, DEFAULT_ENVIRONMENT_KEY, KEY_READ, key) != ERROR_SUCCESS ||
+        data.query_whole(key, TEMP_VARIABLE) != ERROR_SUCCESS) {
         return {};
     }
-    const detail::Registry_key key(opened);
-    std::vector<wchar_t> buffer(EXPANSION_SIZE);
-    for (;;) {
-        DWORD type = REG_NONE;
-        DWORD size_bytes = static_cast<DWORD>(buffer.size() * sizeof(wchar_t));
-        const LSTATUS result = detail::win32.reg_query_value_ex(key.get(), TEMP_VARIABLE, nullptr, &type,
-                                                                reinterpret_cast<BYTE*>(buffer.data()), &size_bytes);
-        if (result == ERROR_MORE_DATA) {
-            buffer.resize(size_bytes / sizeof(wchar_t) + 1);
-            continue;
-        }
-        if (result != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) {
-            return {};
-        }
-        const std::wstring value(buffer.data(), ::wcsnlen(buffer.data(), size_bytes / sizeof(wchar_t)));
-        return type == REG_EXPAND_SZ ? expanded(value) : value;
+    switch (data.type()) {
+    case REG_SZ:
+        return std::wstring(data.text());
+    case REG_EXPAND_SZ:
+        return expanded(std::wstring(data.text()));
+    default:
+        return {};
     }
 }
 

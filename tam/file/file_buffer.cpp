@@ -35,7 +35,7 @@ void attach_file(Held_file& held, Tam_file& file, Tam_status& status)
         detail::assign_failure(status, TAM_E_HAS_FILE);
         return;
     }
-    held = {&file, false};
+    held = {&file, false, {}};
 }
 
 void close_file(Held_file& held)
@@ -57,11 +57,32 @@ bool check_file(const Held_file& held, Tam_status& status)
     return true;
 }
 
+// Moves the file there, unless that is where it is.
+bool move_to(const Held_file& held, unsigned long long position, Tam_status& status)
+{
+    if (held.position == position) {
+        return true;
+    }
+    held.position.reset();
+    held.file->seek(position, status);
+    return status.ok();
+}
+
+// Notes where the file stands after an operation; nobody knows after one that failed.
+void set_position(const Held_file& held, unsigned long long position, const Tam_status& status)
+{
+    held.position.reset();
+    if (held.owns && status.ok()) {
+        held.position = position;
+    }
+}
+
 void seek_file(const Held_file& held, Tam_seek_mode mode, int offset, unsigned long long& position, Tam_status& status)
 {
     if (!check_file(held, status)) {
         return;
     }
+    held.position.reset();
     if (mode == TAM_SEEK_START || mode == TAM_SEEK_END) {
         held.file->seek(mode, offset, status);
     } else {
@@ -79,12 +100,12 @@ unsigned int read_file(const Held_file& held, unsigned long long& position, unsi
     if (!check_file(held, status)) {
         return 0;
     }
-    held.file->seek(position, status);
-    if (!status.ok()) {
+    if (!move_to(held, position, status)) {
         return 0;
     }
     const unsigned int done = held.file->read(destination, count, status);
     position += done;
+    set_position(held, position, status);
     return done;
 }
 
@@ -94,12 +115,12 @@ void write_file(const Held_file& held, unsigned long long& position, unsigned in
     if (!check_file(held, status) || count == 0) {
         return;
     }
-    held.file->seek(position, status);
-    if (!status.ok()) {
+    if (!move_to(held, position, status)) {
         return;
     }
     const unsigned int done = held.file->write(source, count, status);
     position += done;
+    set_position(held, position, status);
     if (done < count && status.ok()) {
         detail::assign_failure(status, TAM_E_WRITE);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <tam/detail/export.h>
@@ -18,6 +19,8 @@ namespace detail {
 struct Held_file {
     Tam_file* file = nullptr;
     bool owns = false; // whether the buffer opened the file itself, and destroys it
+    // The file's own position where it is known: nobody else moves that of a file that the buffer opened.
+    mutable std::optional<unsigned long long> position;
 };
 
 } // namespace detail
@@ -25,7 +28,7 @@ struct Held_file {
 /// Presents a file as a buffer, for streams to read and write.
 ///
 /// The buffer either opens a file of its own or is attached to a file of the caller's, which must outlive it or be
-/// given up by close(). Every operation moves the file's own position.
+/// given up by close(). Operations move the file's own position.
 ///
 /// One thread at a time uses a file buffer; Tam_file_buffer_mt is the twin for several. Operations clear their status
 /// first. Those that need a file report TAM_E_NO_FILE (0xC2000031) without one; failures of the file pass through as

@@ -70,7 +70,8 @@ private:
 /// Tam_memory_buffer for several threads: some read while one writes, and readers can wait for the writer.
 ///
 /// A read lock is held in seek and read, a write lock in write and disconnect_ostream; a failing call of the system in
-/// one of these locks throws Tam_sys_call_fail.
+/// one of these locks throws Tam_sys_call_fail. Tam_read_write_semaphore lets readers come first, so that many readers
+/// that poll at the end of the data slow the writer down.
 class TAM_API Tam_memory_buffer_mt : public Tam_buffer {
 public:
     static constexpr unsigned int BLOCK_SIZE = Tam_memory_buffer::BLOCK_SIZE;

@@ -80,7 +80,7 @@ void report_creation_failure(int error, Tam_status& status)
     }
 }
 
-Tam_status failure_of_function(const std::runtime_error& exception)
+Tam_status failure_status(const std::runtime_error& exception)
 {
     Tam_status status;
     try {
@@ -89,6 +89,20 @@ Tam_status failure_of_function(const std::runtime_error& exception)
         status = TAM_E_OUT_OF_MEMORY;
     }
     return status;
+}
+
+// A thread that cannot translate faults does not run its function, and fails as if that had thrown.
+bool install_translator(Tam_status& failed_status) noexcept
+{
+    try {
+        tam_install_exception_translator();
+        return true;
+    } catch (const std::runtime_error& exception) {
+        failed_status = failure_status(exception);
+    } catch (const std::bad_alloc&) {
+        failed_status = TAM_E_OUT_OF_MEMORY;
+    }
+    return false;
 }
 
 // A suspended thread stands for sure when its context is to be had; the suspending call may return before.
@@ -198,23 +212,23 @@ bool Tam_thread::_leave_registry()
 unsigned int Tam_thread::thread_entry_function(void* shared_pointer) noexcept
 {
     Shared& shared = *static_cast<Shared*>(shared_pointer);
+    Tam_status failed_status;
+    bool has_failed = !install_translator(failed_status);
     shared.started.signal();
     shared.registered.wait();
     if (shared.is_abandoned) {
         const std::shared_ptr<Shared> last = std::move(shared.share_of_thread);
         return 0;
     }
-    Tam_thread_state state = TAM_THREAD_FINISHED;
-    Tam_status failed_status;
-    try {
-        // Not before `started`: the constructor would wait for ever if it failed.
-        tam_install_exception_translator();
-        shared.function(shared.argument);
-    } catch (const std::runtime_error& exception) {
-        state = TAM_THREAD_FAILED;
-        failed_status = failure_of_function(exception);
+    if (!has_failed) {
+        try {
+            shared.function(shared.argument);
+        } catch (const std::runtime_error& exception) {
+            has_failed = true;
+            failed_status = failure_status(exception);
+        }
     }
-    _record_end(shared, state, std::move(failed_status));
+    _record_end(shared, has_failed ? TAM_THREAD_FAILED : TAM_THREAD_FINISHED, std::move(failed_status));
     return 0;
 }
 

@@ -50,6 +50,9 @@ enum Tam_thread_priority : unsigned int {
 ///  - Any other exception, such as std::logic_error or std::bad_alloc, is not caught: it ends the process through
 ///    std::terminate().
 ///
+/// A thread that cannot get the exception translator, for want of memory for example, fails in the same way without
+/// running its function.
+///
 /// A thread ends by leaving its function. One that ends by a call of the system (ExitThread) counts as running, and what
 /// it needed is never freed.
 ///

@@ -20,8 +20,9 @@ Tam_timer::Tam_timer(bool (*callback)(void*), unsigned int period, Tam_status& s
 Tam_timer::~Tam_timer()
 {
     if (m_handle != nullptr) {
-        Tam_status status;
-        stop(status);
+        Tam_status ignored;
+        stop(ignored);
+        detail::Kernel_handle(m_handle).reset(); // of a timer that cannot be cancelled
     }
 }
 

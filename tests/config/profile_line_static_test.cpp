@@ -10,10 +10,19 @@
 namespace tam::detail {
 namespace {
 
+std::wstring line_of(const Profile_entry& entry)
+{
+    std::wstring line;
+    append_profile_entry(line, entry);
+    EXPECT_TRUE(line.ends_with(L"\r\n"));
+    line.resize(line.size() - 2);
+    return line;
+}
+
 TEST(Profile_line, is_read_back_as_the_entry_that_it_was_made_of)
 {
-    EXPECT_EQ(profile_line_of({L"a=b", L"1\n2\r3\\4=5"}), L"a\\=b=1\\0A2\\0D3\\5C4\\=5");
-    EXPECT_EQ(profile_line_of({L";a=b", L"lost"}), L";a=b");
+    EXPECT_EQ(line_of({L"a=b", L"1\n2\r3\\4=5"}), L"a\\=b=1\\0A2\\0D3\\5C4\\=5");
+    EXPECT_EQ(line_of({L";a=b", L"lost"}), L";a=b");
 
     const unsigned int seed = 5;
     std::mt19937 random(seed);
@@ -29,7 +38,7 @@ TEST(Profile_line, is_read_back_as_the_entry_that_it_was_made_of)
             entry.second.clear();
             std::erase_if(entry.first, [](wchar_t unit) { return unit == L'\n' || unit == L'\r'; });
         }
-        ASSERT_EQ(split_profile_line(profile_line_of(entry)), entry) << "seed " << seed << " round " << round;
+        ASSERT_EQ(split_profile_line(line_of(entry)), entry) << "seed " << seed << " round " << round;
     }
 }
 

@@ -1,5 +1,6 @@
 #include <climits>
 #include <clocale>
+#include <cwchar>
 #include <random>
 #include <stdexcept>
 
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <tam/datetime/time.h>
+#include <tests/support/locale.h>
 
 using namespace tam;
 
@@ -156,6 +158,24 @@ TEST(Time, formats_as_the_run_time_does)
     ASSERT_NE(std::setlocale(LC_TIME, "English"), nullptr);
     EXPECT_EQ(text_of(afternoon, L"%X"), L"3:04:09 PM");
     std::setlocale(LC_TIME, "C");
+}
+
+TEST(Time, formats_each_hour_as_the_run_time_does_in_each_locale)
+{
+    for (const char* name : {"C", "German_Germany.1252", "Japanese_Japan.932"}) {
+        const tam::test::Locale locale(name);
+        ASSERT_TRUE(locale) << name;
+        for (int hour = 0; hour < 24; ++hour) {
+            const Tam_time time(hour, 59 - hour, hour * 2, 0);
+            const tm value = time;
+            for (const wchar_t token : std::wstring(L"%HIMSXp")) {
+                const wchar_t format[] = {L'%', token, 0};
+                wchar_t expected[100];
+                ASSERT_NE(std::wcsftime(expected, 100, format, &value), 0U);
+                ASSERT_EQ(text_of(time, format), expected) << name << " " << hour;
+            }
+        }
+    }
 }
 
 TEST(Time, knows_its_tokens_and_refuses_others)

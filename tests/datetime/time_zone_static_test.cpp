@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(kinds, Local_zone,
                                          Local_case{"TZ=EST5EDT", TIME_ZONE_ID_DAYLIGHT, 300, 0, -60, 56},
                                          // The C run-time knows no daylight time, so this is a standard time.
                                          Local_case{"TZ=JST-9", TIME_ZONE_ID_DAYLIGHT, 300, 0, -60, 5},
-                                         Local_case{"TZ=EST5EDT", TIME_ZONE_ID_DAYLIGHT, 300, 0, 60, 57},
+                                         Local_case{"TZ=EST5EDT", TIME_ZONE_ID_DAYLIGHT, 300, 0, 60, 58},
                                          Local_case{"TZ=JST-9", TIME_ZONE_ID_UNKNOWN, 300, 0, -60, 22},
                                          Local_case{"TZ=EST5EDT", TIME_ZONE_ID_INVALID, 0, 0, 0, 6},
                                          Local_case{"TZ=JST-9", TIME_ZONE_ID_STANDARD, -330, 0, 0, 0},

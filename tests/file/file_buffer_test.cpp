@@ -186,6 +186,33 @@ TYPED_TEST(File_buffer, keeps_a_file_whose_opening_failed)
     EXPECT_EQ(chain(status), L"");
 }
 
+TYPED_TEST(File_buffer, finds_its_place_wherever_it_or_the_caller_left_the_file)
+{
+    const std::wstring path = this->m_folder.file(L"file", "0123456789");
+    Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, this->m_status);
+    this->m_buffer.attach(file, this->m_status);
+    EXPECT_EQ(this->read(2), "01");
+    file.seek(7, this->m_status);
+    EXPECT_EQ(this->read(2), "23");
+    file.seek(9, this->m_status);
+    this->write("ab");
+    this->m_buffer.close();
+    this->m_position = 0;
+    this->open(path);
+    EXPECT_EQ(this->read(3), "012");
+    unsigned long long end = 0;
+    this->m_buffer.seek(TAM_SEEK_END, 0, end, this->m_status);
+    EXPECT_EQ(this->read(2), "3a");
+    this->write("X");
+    this->m_position = 6;
+    this->write("Y");
+    EXPECT_EQ(this->read(9), "789");
+    EXPECT_EQ(this->read(9), ""); // the end
+    this->m_position = 5;
+    EXPECT_EQ(this->read(9), "XY789");
+    EXPECT_EQ(chain(this->m_status), L"");
+}
+
 TYPED_TEST(File_buffer, leaves_an_attached_file_open_and_closes_its_own)
 {
     const std::wstring path = this->m_folder.file(L"file", "abc");

@@ -258,12 +258,13 @@ TEST(Memory_buffer_mt, a_waiting_read_of_nothing_returns_only_when_the_writer_ha
 TEST(Memory_buffer_mt, readers_see_whole_writes)
 {
     constexpr unsigned int RECORD = 5000; // across blocks
-    constexpr unsigned int RECORDS = 20;
+    constexpr unsigned int RECORDS = 10;
     Tam_memory_buffer_mt buffer;
     const auto read_all = [&buffer] {
         std::string record(RECORD, '?');
         unsigned int torn = 0;
         for (unsigned int seen = 0; seen < RECORDS;) {
+            ::Sleep(1); // readers come first: let the writer in
             Tam_status status;
             unsigned long long position = 0;
             buffer.seek(TAM_SEEK_END, 0, position, status);
@@ -283,7 +284,6 @@ TEST(Memory_buffer_mt, readers_see_whole_writes)
     unsigned long long position = 0;
     for (unsigned int i = 0; i < RECORDS; ++i) {
         buffer.write(position, RECORD, std::string(RECORD, static_cast<char>('a' + i % 26)).data(), status);
-        ::Sleep(1);
     }
     ASSERT_EQ(first.wait_for(std::chrono::seconds(30)), std::future_status::ready);
     ASSERT_EQ(second.wait_for(std::chrono::seconds(30)), std::future_status::ready);

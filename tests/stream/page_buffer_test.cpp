@@ -467,7 +467,8 @@ TEST(Page_buffer_mt, a_reader_follows_a_writer_of_whole_blocks_to_its_end)
 
 TEST(Page_buffer_mt, readers_do_not_take_each_others_blocks)
 {
-    constexpr unsigned int BLOCKS = 12;
+    constexpr unsigned int BLOCKS = 48;
+    constexpr unsigned int LONG_READ = 40 * BLOCK; // so that readers are at it at the same time
     Tam_page_buffer_mt buffer(0, 2);
     Tam_status status;
     unsigned long long position = 0;
@@ -482,13 +483,13 @@ TEST(Page_buffer_mt, readers_do_not_take_each_others_blocks)
         readers.push_back(std::async(std::launch::async, [&buffer, &data, reader] {
             std::mt19937 random(reader);
             bool right = true;
-            for (unsigned int round = 0; round < 100; ++round) {
+            for (unsigned int round = 0; round < 40; ++round) {
                 const unsigned int start = static_cast<unsigned int>(random() % data.size());
                 unsigned long long from = start;
-                std::string bytes(5 * BLOCK, '?');
+                std::string bytes(LONG_READ, '?');
                 Tam_status result;
-                bytes.resize(buffer.read(false, from, 5 * BLOCK, bytes.data(), result));
-                right = right && result.ok() && bytes == data.substr(start, 5 * BLOCK);
+                bytes.resize(buffer.read(false, from, LONG_READ, bytes.data(), result));
+                right = right && result.ok() && bytes == data.substr(start, LONG_READ);
             }
             return right;
         }));

@@ -10,6 +10,7 @@
 #include <tam/tam.h>
 #include <tests/support/thrown.h>
 #include <tests/support/unique_name.h>
+#include <tests/thread/run_child.h>
 
 using namespace tam;
 using test::unique_name;
@@ -25,21 +26,7 @@ void expect_not_locked(Tam_exclusive_lock& lock)
 // What exclusive_lock_child says about the lock of that name: 1 when it got it and left it locked, 0 when not.
 DWORD try_lock_in_another_process(const std::wstring& name)
 {
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command = program;
-    command = L"\"" + command.substr(0, command.rfind(L'\\')) + L"\\exclusive_lock_child.exe\" " + name;
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    PROCESS_INFORMATION process{};
-    EXPECT_TRUE(
-        ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process));
-    EXPECT_EQ(::WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
-    DWORD code = STILL_ACTIVE;
-    ::GetExitCodeProcess(process.hProcess, &code);
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
-    return code;
+    return test::run_child(L"exclusive_lock_child", name);
 }
 
 } // namespace

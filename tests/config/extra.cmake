@@ -1,0 +1,8 @@
+# A commit or a rollback that ends with the process.
+if(TAM_STATIC)
+    add_executable(config_crash_child config/crash_child.cpp)
+    target_link_options(config_crash_child PRIVATE -municode)
+    target_link_libraries(config_crash_child PRIVATE tam tam_warnings)
+    target_include_directories(config_crash_child PRIVATE ${PROJECT_SOURCE_DIR})
+    add_dependencies(config_test config_crash_child)
+endif()
