@@ -77,9 +77,8 @@ void list_keys(void* root, const std::wstring& path, detail::Registry_key& key, 
 void enumerate(void* root, const std::wstring& key, const std::wstring& subkey, REGSAM access, Next_name next,
                Names& names, Tam_status& status)
 {
-    status.clear();
     std::wstring path;
-    detail::report_lack_of_memory(status, [&] { path = detail::registry_path(key, subkey); });
+    detail::run(status, [&] { path = detail::registry_path(key, subkey); });
     names.clear();
     if (status.ok()) {
         detail::Registry_key opened;
@@ -273,8 +272,7 @@ void tam_disconnect_reg_root(void* key, Tam_status& status)
 
 void tam_create_reg_key(void* root, const std::wstring& key, const std::wstring& subkey, Tam_status& status)
 {
-    status.clear();
-    detail::report_lack_of_memory(status, [&] {
+    detail::run(status, [&] {
         const std::wstring path = detail::registry_path(key, subkey);
         detail::Registry_key created;
         const unsigned int error = detail::create_registry_key(root, path, KEY_ALL_ACCESS, created);
@@ -333,17 +331,13 @@ void tam_enum_reg_value_names(void* root, const std::wstring& key, const std::ws
 void tam_remove_reg_key(void* root, const std::wstring& key, const std::wstring& subkey, const std::wstring& name,
                         Tam_status& status)
 {
-    status.clear();
-    detail::report_lack_of_memory(status, [&] { remove_tree(root, detail::registry_path(key, subkey), name, status); });
+    detail::run(status, [&] { remove_tree(root, detail::registry_path(key, subkey), name, status); });
 }
 
 void tam_copy_reg_key(void* src_root, const std::wstring& src_path, void* dst_root, const std::wstring& dst_path,
                       bool recursive, Tam_status& status)
 {
-    status.clear();
-    detail::report_lack_of_memory(status, [&] {
-        copy_tree(src_root, dst_root, {src_path, dst_path}, recursive, status);
-    });
+    detail::run(status, [&] { copy_tree(src_root, dst_root, {src_path, dst_path}, recursive, status); });
 }
 
 } // namespace tam

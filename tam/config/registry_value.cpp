@@ -65,8 +65,7 @@ template <class Use>
 void get_value(const Kind& kind, void* root, const std::wstring& key, const std::wstring& subkey,
                const std::wstring& name, Tam_status& status, Use use)
 {
-    status.clear();
-    detail::report_lack_of_memory(status, [&] {
+    detail::run(status, [&] {
         const std::wstring path = detail::registry_path(key, subkey);
         Registry_key opened;
         unsigned int error = detail::open_registry_key(root, path, KEY_QUERY_VALUE, opened);
@@ -89,8 +88,7 @@ void get_value(const Kind& kind, void* root, const std::wstring& key, const std:
 void set_value(DWORD type, const void* data, std::size_t size_bytes, void* root, const std::wstring& key,
                const std::wstring& subkey, const std::wstring& name, Tam_status& status)
 {
-    status.clear();
-    detail::report_lack_of_memory(status, [&] {
+    detail::run(status, [&] {
         const std::wstring path = detail::registry_path(key, subkey);
         Registry_key opened;
         unsigned int error = detail::create_registry_key(root, path, KEY_SET_VALUE, opened);
@@ -173,8 +171,7 @@ void tam_set_reg_multi_string_value(void* root, const std::wstring& key, const s
                                     Tam_status& status)
 {
     std::wstring joined; // its own terminator is the last one
-    status.clear();
-    detail::report_lack_of_memory(status, [&] {
+    detail::run(status, [&] {
         for (const std::wstring& value : values) {
             joined += value;
             joined += L'\0';
@@ -213,8 +210,7 @@ void tam_set_reg_uint_value(void* root, const std::wstring& key, const std::wstr
 void tam_remove_reg_value(void* root, const std::wstring& key, const std::wstring& subkey, const std::wstring& name,
                           Tam_status& status)
 {
-    status.clear();
-    detail::report_lack_of_memory(status, [&] {
+    detail::run(status, [&] {
         const std::wstring path = detail::registry_path(key, subkey);
         Registry_key opened;
         unsigned int error = detail::open_registry_key(root, path, KEY_SET_VALUE, opened);

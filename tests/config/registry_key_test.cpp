@@ -6,12 +6,16 @@
 #include <windows.h>
 
 #include <tam/tam.h>
+#include <tests/config/texts.h>
+#include <tests/security/descriptors.h>
 #include <tests/support/chain.h>
 #include <tests/support/registry_branch.h>
 #include <tests/support/resources.h>
 
 using namespace tam;
 using namespace std::string_literals;
+using test::as_list;
+using test::as_vector;
 using test::bytes_of;
 using test::chain;
 using test::Registry_branch;
@@ -22,11 +26,6 @@ using Value = Registry_branch::Value;
 using Names = Tam_object_vector<std::wstring>;
 
 void* const USER = HKEY_CURRENT_USER;
-
-std::vector<std::wstring> names_in(const Names& list)
-{
-    return {list.begin(), list.end()};
-}
 
 // depth keys below each other.
 std::wstring deep_path(unsigned int depth)
@@ -97,7 +96,11 @@ TEST(Registry_key, is_associated_with_a_security_description)
     EXPECT_EQ(chain(status), L"C2000075");
     void* const key = tam_open_reg_key(USER, branch.path(), L"", status);
     tam_reg_add_security(key, security, status);
+    security.set_disc_acl(Tam_acl(TAM_TRUSTEE_EVERYONE, KEY_ALL_ACCESS, status), status, false);
     EXPECT_EQ(chain(status), L"");
+    const test::Found_list list = test::list_of(key, SE_REGISTRY_KEY);
+    EXPECT_EQ(list.entries, 1U);
+    EXPECT_EQ(list.rights, static_cast<DWORD>(KEY_ALL_ACCESS));
     tam_reg_add_security(key, security, status);
     EXPECT_EQ(chain(status), L"C2000078");
     tam_close_reg_key(key, status);
@@ -116,19 +119,18 @@ TEST(Registry_key, lists_its_subkeys_and_values)
     branch.set(L"", longest_value, REG_SZ, "");
     const unsigned int handles = test::open_handles();
 
-    Names names;
-    names.push_back(branch.path()); // the list may own the key
+    Names names = as_list({branch.path()}); // may own the key
     Tam_status status(5);
     tam_enum_reg_keys(USER, names.at(0), L"", names, status);
     EXPECT_EQ(chain(status), L"");
-    EXPECT_EQ(names_in(names), (std::vector{L"a"s, L"b"s, longest_key}));
+    EXPECT_EQ(as_vector(names), (std::vector{L"a"s, L"b"s, longest_key}));
     tam_enum_reg_value_names(USER, branch.path(), L"", names, status);
     EXPECT_EQ(chain(status), L"");
-    EXPECT_EQ(names_in(names), (std::vector{L""s, longest_value, L"x"s}));
+    EXPECT_EQ(as_vector(names), (std::vector{L""s, longest_value, L"x"s}));
     branch.set(L"", longest_value + L"v", REG_SZ, "");
     tam_enum_reg_value_names(USER, branch.path(), L"", names, status);
     EXPECT_EQ(chain(status), L"C200000E(" + branch.path() + L") 234");
-    EXPECT_EQ(names_in(names), (std::vector{L""s, longest_value}));
+    EXPECT_EQ(as_vector(names), (std::vector{L""s, longest_value}));
 
     tam_enum_reg_keys(USER, branch.path(), L"none", names, status);
     EXPECT_EQ(chain(status), L"C200000B(" + branch / L"none" + L") 2");

@@ -11,6 +11,7 @@
 
 #include <tam/detail/win32.h>
 #include <tam/tam.h>
+#include <tests/config/texts.h>
 #include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/registry_branch.h>
@@ -20,6 +21,8 @@
 using namespace tam;
 using namespace std::string_literals;
 using detail::win32;
+using test::as_list;
+using test::as_vector;
 using test::chain;
 using test::Registry_branch;
 using test::Swap;
@@ -29,15 +32,6 @@ namespace {
 using Names = Tam_object_vector<std::wstring>;
 
 void* const USER = HKEY_CURRENT_USER;
-
-Names as_list(const std::vector<std::wstring>& texts)
-{
-    Names list;
-    for (const std::wstring& text : texts) {
-        list.push_back(text);
-    }
-    return list;
-}
 
 // Keys as they are opened and created: path and rights.
 std::wstring g_opened;
@@ -249,8 +243,7 @@ TEST(Registry, key_that_vanishes_ends_its_list_with_a_failure)
     Tam_status status;
     tam_enum_reg_keys(USER, branch.path(), L"", names, status);
     EXPECT_EQ(chain(status), L"C200000E(" + branch.path() + L") 1018");
-    ASSERT_EQ(names.size(), 1U);
-    EXPECT_EQ(names.at(0), L"a");
+    EXPECT_EQ(as_vector(names), std::vector{L"a"s});
 }
 
 TEST(Registry, failing_writes_and_removals_stop_at_once_and_tell_where)

@@ -6,12 +6,15 @@
 #include <windows.h>
 
 #include <tam/tam.h>
+#include <tests/config/texts.h>
 #include <tests/support/chain.h>
 #include <tests/support/registry_branch.h>
 #include <tests/support/resources.h>
 
 using namespace tam;
 using namespace std::string_literals;
+using test::as_list;
+using test::as_vector;
 using test::bytes_of;
 using test::chain;
 using test::Registry_branch;
@@ -21,20 +24,6 @@ namespace {
 using Value = Registry_branch::Value;
 
 void* const USER = HKEY_CURRENT_USER;
-
-std::vector<std::wstring> as_vector(const Tam_object_vector<std::wstring>& list)
-{
-    return {list.begin(), list.end()};
-}
-
-Tam_object_vector<std::wstring> as_list(const std::vector<std::wstring>& texts)
-{
-    Tam_object_vector<std::wstring> list;
-    for (const std::wstring& text : texts) {
-        list.push_back(text);
-    }
-    return list;
-}
 
 std::string number_bytes(DWORD number)
 {

@@ -288,10 +288,56 @@ bool profiles()
     return status == TAM_E_PROFILE_NOT_OPEN && reader.end_of_entries();
 }
 
+bool registry()
+{
+    const std::wstring path = L"Software\\tam_interface_" + std::to_wstring(::GetCurrentProcessId());
+    Tam_status status;
+    Tam_object_vector<std::wstring> list;
+    list.push_back(L"one");
+    std::wstring text;
+    unsigned int number = 0;
+    void* const root = tam_connect_reg_root(L"", HKEY_LOCAL_MACHINE, status);
+    tam_disconnect_reg_root(root, status);
+    tam_create_reg_key(HKEY_CURRENT_USER, path, L"a", status);
+    tam_set_reg_string_value(HKEY_CURRENT_USER, path, L"a", L"s", L"text", status);
+    tam_get_reg_string_value(HKEY_CURRENT_USER, path, L"a", L"s", text, status);
+    tam_set_reg_path_value(HKEY_CURRENT_USER, path, L"", L"p", L"%TMP%", status);
+    tam_get_reg_path_value(HKEY_CURRENT_USER, path, L"", L"p", text, status);
+    tam_set_reg_multi_string_value(HKEY_CURRENT_USER, path, L"", L"m", list, status);
+    tam_get_reg_multi_string_value(HKEY_CURRENT_USER, path, L"", L"m", list, status);
+    tam_set_reg_uint_value(HKEY_CURRENT_USER, path, L"", L"", 7, status);
+    tam_copy_reg_key(HKEY_CURRENT_USER, path, HKEY_CURRENT_USER, path + L"\\b", true, status);
+    void* const key = tam_open_reg_key(HKEY_CURRENT_USER, path, L"b", status);
+    tam_get_reg_uint_value(key, L"", L"", L"", number, status);
+    tam_remove_reg_value(key, L"", L"", L"", status);
+    Tam_security everyone;
+    tam_reg_add_security(key, everyone, status);
+    tam_close_reg_key(key, status);
+    tam_enum_reg_value_names(HKEY_CURRENT_USER, path, L"b", list, status);
+    const bool values = list.size() == 2;
+    tam_enum_reg_keys(HKEY_CURRENT_USER, path, L"", list, status);
+    tam_remove_reg_key(HKEY_CURRENT_USER, L"Software", L"", path.substr(path.find(L'\\') + 1), status);
+    const bool good = status.ok() && values && list.size() == 2 && text == L"%TMP%" && number == 7;
+    tam_get_reg_sw_string_value(L"tam interface", L"b", L"none", text, status);
+    tam_get_reg_uint_parameter(L"tam interface", L"none", number, status);
+    return good && status == TAM_E_REG_KEY_OPEN_READ && !tam_reg_key_exists(HKEY_CURRENT_USER, path, L"");
+}
+
+bool event_log()
+{
+    Tam_status status;
+    void* const log = tam_open_syslog(L"tam interface", status);
+    tam_report_to_syslog(log, 0, Tam_status(5), true, status);
+    tam_close_syslog(log, status);
+    const bool written = status.ok();
+    tam_deregister_resources(L"tam interface", L"none.dll", status);
+    return written && status == TAM_E_REG_KEY_OPEN_READ;
+}
+
 } // namespace
 
 bool interface_works()
 {
     return statuses() && texts() && synchronisation() && security() && paths() && files() && streams() && times() &&
-           exceptions() && profiles();
+           exceptions() && profiles() && registry() && event_log();
 }
