@@ -98,8 +98,8 @@ echo "The access list of a registry key of its own: a denial goes before the gra
 scripts/wine.sh reg add 'HKCU\Software\tam demo' /f >/dev/null
 show 0 acl key 'CURRENT_USER\Software\tam demo' show
 show 0 acl key 'CURRENT_USER\Software\tam demo' grant Everyone 20019
-show 0 acl key 'CURRENT_USER\Software\tam demo' deny Everyone 10
+show 0 acl key 'CURRENT_USER\Software\tam demo' deny SYSTEM 10
 show 0 acl key 'CURRENT_USER\Software\tam demo' show
-show 0 acl key 'CURRENT_USER\Software\tam demo' test Everyone 9
+show 0 acl key 'CURRENT_USER\Software\tam demo' test SYSTEM 9
 show 1 acl key 'CURRENT_USER\Software\tam demo' grant 'no such account' 1
 scripts/wine.sh reg delete 'HKCU\Software\tam demo' /f >/dev/null
