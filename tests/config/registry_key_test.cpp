@@ -191,7 +191,7 @@ TEST(Registry_key, with_ten_thousand_subkeys_is_listed_and_removed)
 
 TEST(Registry_key, however_deep_is_copied_and_removed)
 {
-    constexpr unsigned int DEPTH = 60;
+    constexpr unsigned int DEPTH = 300;
     const Registry_branch branch;
     branch.create(L"from\\" + deep_path(DEPTH));
     const unsigned int handles = test::open_handles();
