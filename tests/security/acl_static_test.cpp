@@ -253,19 +253,6 @@ TEST_F(Acl_in_a_network, rights_come_from_every_group_that_machine_and_controlle
     EXPECT_EQ(network.calls, ASKED_OF_BOTH) << "names are not remembered";
 }
 
-TEST_F(Acl_in_a_network, a_trustee_is_asked_about_once)
-{
-    network.controller = L"\\\\DC";
-    network.answers[L"global \\\\DC"].names = {L"Readers"};
-    EXPECT_EQ(rights(), 0x106U);
-    network.answers.clear();
-    network.calls.clear();
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_TRUE(acl.test_rights(L"DOM\\alice", 0x106, status));
-    }
-    EXPECT_EQ(network.calls, Rows());
-}
-
 TEST_F(Acl_in_a_network, no_controller_is_no_failure_and_is_remembered)
 {
     network.answers[L"local"].names = {L"Readers"};
@@ -519,32 +506,25 @@ TEST(Acl, memory_that_runs_out_is_a_failure_like_others)
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const std::vector<unsigned char> before = test::bytes_of(Access::list(acl));
-        unsigned int failures = 0;
-        for (unsigned int nth = 1;; ++nth) {
+        long long blocks = 0;
+        const auto clear = [&] {
             groups.clear();
             name = L"";
             status.clear();
-            const long long blocks = test::live_blocks();
-            bool failed = false;
-            {
-                const test::Failing_new failing(nth);
-                row.operation();
-                failed = failing.failed();
-            }
-            if (!failed) {
-                break;
-            }
-            ++failures;
-            {
-                const std::wstring report = chain(status);
-                EXPECT_TRUE(report == L"C2000001" || report == L"C2000074 C2000001") << nth;
-            }
-            groups.clear();
-            status.clear();
-            EXPECT_EQ(test::live_blocks(), blocks) << nth;
-            EXPECT_EQ(test::bytes_of(Access::list(acl)), before) << nth;
-            EXPECT_EQ(Plain_answers::buffers, 0) << nth;
-        }
+        };
+        const unsigned int failures = test::fail_each_allocation(
+            [&] {
+                clear();
+                blocks = test::live_blocks();
+            },
+            row.operation,
+            [&](unsigned int nth, bool) {
+                EXPECT_TRUE(chain(status) == L"C2000001" || chain(status) == L"C2000074 C2000001") << nth;
+                clear();
+                EXPECT_EQ(test::live_blocks(), blocks) << nth;
+                EXPECT_EQ(test::bytes_of(Access::list(acl)), before) << nth;
+                EXPECT_EQ(Plain_answers::buffers, 0) << nth;
+            });
         EXPECT_TRUE(status.is_clear());
         EXPECT_GE(failures, row.least_failures);
     }

@@ -122,26 +122,22 @@ TEST(Security_list, memory_that_runs_out_is_a_failure_like_others)
         [&] { Tam_security closed(false, status); },
     };
     for (const auto& operation : operations) {
-        for (unsigned int nth = 1;; ++nth) {
-            // A fetched descriptor has its list in itself: the list set last is let go before the count.
-            found.reset(security.get_disc_acl(status));
-            found.reset();
-            const long long blocks = test::live_blocks();
-            bool failed = false;
-            {
-                const test::Failing_new failing(nth);
-                operation();
-                failed = failing.failed();
-            }
-            if (!failed) {
-                EXPECT_GT(nth, 2U);
-                break;
-            }
-            EXPECT_EQ(status, 0xC2000001U) << nth;
-            EXPECT_FALSE(status.has_child()) << nth;
-            EXPECT_EQ(found, nullptr) << nth;
-            EXPECT_EQ(test::live_blocks(), blocks) << nth;
-        }
+        long long blocks = 0;
+        const unsigned int failures = test::fail_each_allocation(
+            [&] {
+                // A fetched descriptor has its list in itself: the list set last is let go before the count.
+                found.reset(security.get_disc_acl(status));
+                found.reset();
+                blocks = test::live_blocks();
+            },
+            operation,
+            [&](unsigned int nth, bool) {
+                EXPECT_EQ(chain(status), L"C2000001") << nth;
+                EXPECT_EQ(found, nullptr) << nth;
+                status.clear();
+                EXPECT_EQ(test::live_blocks(), blocks) << nth;
+            });
+        EXPECT_GT(failures, 1U);
         EXPECT_TRUE(status.is_clear());
     }
     found.reset(security.get_disc_acl(status));
