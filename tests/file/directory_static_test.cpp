@@ -59,11 +59,7 @@ TEST(Directory, rename_reports_the_move_that_fails_after_the_removal)
     const Temporary_folder folder;
     ::CreateDirectoryW((folder / L"a").c_str(), nullptr);
     ::CreateDirectoryW((folder / L"b").c_str(), nullptr);
-    const Swap guard(
-        tam::detail::win32.move_file, +[](const wchar_t*, const wchar_t*) WINAPI -> BOOL {
-            ::SetLastError(ERROR_NOT_SAME_DEVICE);
-            return FALSE;
-        });
+    const auto guard = tam::test::failing<ERROR_NOT_SAME_DEVICE>(tam::detail::win32.move_file);
     Tam_status status;
     Tam_directory::rename(folder / L"a", folder / L"b", true, status);
     EXPECT_EQ(tam::test::chain(status), L"C2000030(" + folder / L"a" + L", " + folder / L"b" + L") 17");

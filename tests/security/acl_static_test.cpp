@@ -411,10 +411,7 @@ TEST_F(Acl_in_a_network, a_name_that_cannot_be_looked_up_is_reported)
     }
     network.name_error = 0;
     EXPECT_EQ(rights(), 0x102U) << "and was not remembered";
-    const Swap look_up(
-        win32.lookup_account_name,
-        +[](const wchar_t*, const wchar_t*, void*, DWORD*, wchar_t*, DWORD*, SID_NAME_USE*)
-             WINAPI -> BOOL { return fail(ERROR_INSUFFICIENT_BUFFER); });
+    const auto look_up = tam::test::failing<ERROR_INSUFFICIENT_BUFFER>(win32.lookup_account_name);
     EXPECT_EQ(rights(), 0U);
     EXPECT_EQ(chain(status), L"C2000074 122");
 }
@@ -540,15 +537,12 @@ TEST(Acl, a_user_whose_token_does_not_answer_is_reported)
     };
     const unsigned int handles = test::open_handles();
     {
-        const Swap open(
-            win32.open_thread_token,
-            +[](HANDLE, DWORD, BOOL, HANDLE*) WINAPI -> BOOL { return fail(ERROR_CANT_OPEN_ANONYMOUS); });
+        const auto open = tam::test::failing<ERROR_CANT_OPEN_ANONYMOUS>(win32.open_thread_token);
         EXPECT_EQ(reports(TAM_TRUSTEE_THREAD_USER), L"C2000074 C2000072 1347") << "not the process's user instead";
         EXPECT_EQ(reports(TAM_TRUSTEE_PROCESS_USER), L"");
     }
     {
-        const Swap open(
-            win32.open_process_token, +[](HANDLE, DWORD, HANDLE*) WINAPI -> BOOL { return fail(ERROR_ACCESS_DENIED); });
+        const auto open = tam::test::failing<ERROR_ACCESS_DENIED>(win32.open_process_token);
         EXPECT_EQ(reports(TAM_TRUSTEE_THREAD_USER), L"C2000074 C2000072 5");
         EXPECT_EQ(reports(TAM_TRUSTEE_PROCESS_USER), L"C2000074 C2000072 5");
     }
@@ -585,13 +579,11 @@ TEST(Acl, a_list_that_cannot_be_built_keeps_the_old_one)
         EXPECT_EQ(Access::list(acl), list);
     };
     {
-        const Swap initialise(
-            win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return fail(ERROR_INVALID_PARAMETER); });
+        const auto initialise = tam::test::failing<ERROR_INVALID_PARAMETER>(win32.initialize_acl);
         reports(L"C2000070 87");
     }
     {
-        const Swap add(
-            win32.add_ace, +[](ACL*, DWORD, DWORD, void*, DWORD) WINAPI -> BOOL { return fail(ERROR_INVALID_ACL); });
+        const auto add = tam::test::failing<ERROR_INVALID_ACL>(win32.add_ace);
         reports(L"C2000071 1336");
     }
     {
@@ -611,8 +603,7 @@ TEST(Acl, that_cannot_be_initialised_throws_and_keeps_its_list)
     const ACL* const list = Access::list(acl);
     Tam_status status(5);
     {
-        const Swap initialise(
-            win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return FALSE; });
+        const auto initialise = tam::test::failing<0>(win32.initialize_acl);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_acl another; }), "::InitializeAcl");
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { acl.erase(status); }), "::InitializeAcl");
     }

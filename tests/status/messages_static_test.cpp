@@ -6,6 +6,7 @@
 using namespace tam;
 using tam::test::chain;
 using tam::test::fail_each_allocation;
+using tam::test::failing;
 using tam::test::Failing_new;
 using tam::test::live_blocks;
 using tam::test::Swap;
@@ -30,12 +31,6 @@ DWORD WINAPI fail_to_format(DWORD flags, LPCVOID module, DWORD id, DWORD languag
     calls[call_count++ % std::size(calls)] = {flags, module, id, language, size};
     ::SetLastError(ERROR_MR_MID_NOT_FOUND);
     return 0;
-}
-
-HMODULE WINAPI fail_to_load(LPCWSTR)
-{
-    ::SetLastError(ERROR_DLL_INIT_FAILED);
-    return nullptr;
 }
 
 } // namespace
@@ -68,7 +63,7 @@ TEST(Messages_list, asks_each_module_with_the_system_and_then_the_system_alone)
 
 TEST(Messages_list, reports_the_systems_reason_when_a_module_cannot_be_loaded)
 {
-    const Swap guard(detail::win32.load_library, &fail_to_load);
+    const auto guard = failing<ERROR_DLL_INIT_FAILED>(detail::win32.load_library);
     Tam_messages_list list;
     Tam_status status(7);
     list.add(L"x", status);

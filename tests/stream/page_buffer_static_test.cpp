@@ -219,8 +219,7 @@ TEST_F(Page_buffer_calls, a_swap_file_that_cannot_be_opened_fails_the_write_and_
         EXPECT_EQ(found, expected(ERROR_PATH_NOT_FOUND));
     }
     {
-        const Swap no_turn(
-            detail::win32.wait_for_single_object, +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_FAILED; });
+        const auto no_turn = test::failing<0, WAIT_FAILED>(detail::win32.wait_for_single_object);
         EXPECT_EQ(write(LIMIT), L"C200001A");
     }
     expect_all(LIMIT);
