@@ -1,5 +1,7 @@
 #include <tests/support/test.h>
 
+#include <tests/support/run_child.h>
+
 using tam::Tam_directory;
 using tam::Tam_object_vector;
 using tam::Tam_status;
@@ -207,34 +209,9 @@ std::wstring temp_directory_of_child(const wchar_t* tmp)
     wchar_t before[MAX_PATH];
     ::GetEnvironmentVariableW(L"TMP", before, MAX_PATH);
     ::SetEnvironmentVariableW(L"TMP", tmp);
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    *(std::wcsrchr(program, L'\\') + 1) = L'\0';
-    std::wstring command = std::wstring(L"\"") + program + L"temp_directory_child.exe\"";
-
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     const std::wstring path = folder / L"out";
-    const HANDLE output = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, &inherited, CREATE_NEW, 0, nullptr);
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = output;
-    PROCESS_INFORMATION child{};
-    const bool started =
-        ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child) != 0;
+    const DWORD code = tam::test::run_child(L"temp_directory_child", L"\"" + path + L"\"");
     ::SetEnvironmentVariableW(L"TMP", before);
-    ::CloseHandle(output);
-    if (!started) {
-        return L"not started";
-    }
-    DWORD code = 1;
-    if (::WaitForSingleObject(child.hProcess, 30000) != WAIT_OBJECT_0) {
-        ::TerminateProcess(child.hProcess, 1);
-        ::WaitForSingleObject(child.hProcess, 5000);
-    }
-    ::GetExitCodeProcess(child.hProcess, &code);
-    ::CloseHandle(child.hThread);
-    ::CloseHandle(child.hProcess);
     const std::string bytes = Temporary_folder::bytes_of(path);
     std::wstring both(bytes.size() / sizeof(wchar_t), L'\0');
     std::memcpy(both.data(), bytes.data(), bytes.size());

@@ -1,5 +1,7 @@
 #include <tests/support/test.h>
 
+#include <tests/support/run_child.h>
+
 using namespace tam;
 using test::chain;
 using test::Temporary_folder;
@@ -416,19 +418,11 @@ TEST(File_temp_name, DISABLED_child)
 TEST(File_temp_name, differs_between_threads_and_processes)
 {
     const Temporary_folder folder;
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command =
-        std::wstring(program) +
-        L" --gtest_also_run_disabled_tests --gtest_filter=File_temp_name.DISABLED_child --gtest_brief=1";
     ::SetEnvironmentVariableW(SHARED_FOLDER, folder.path().c_str());
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION child{};
-    const BOOL started =
-        ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child);
-    ::SetEnvironmentVariableW(SHARED_FOLDER, nullptr);
-    ASSERT_TRUE(started);
+    auto child = std::async(std::launch::async, [] {
+        return test::run_child(L"file_test", L"--gtest_also_run_disabled_tests --gtest_brief=1 "
+                                             L"--gtest_filter=File_temp_name.DISABLED_child");
+    });
     std::vector<std::future<bool>> threads;
     for (int i = 0; i < 3; ++i) {
         threads.push_back(std::async(std::launch::async, [&] { return create_named_files(folder.path(), 20); }));
@@ -436,16 +430,12 @@ TEST(File_temp_name, differs_between_threads_and_processes)
     // In turns with the child for as long as it runs.
     bool distinct = true;
     unsigned int own = 0;
-    while (own < 5000 && ::WaitForSingleObject(child.hProcess, 0) == WAIT_TIMEOUT) {
+    while (own < 5000 && child.wait_for(std::chrono::seconds(0)) == std::future_status::timeout) {
         distinct = distinct && create_named_files(folder.path(), 1);
         ++own;
     }
-    DWORD exit_code = 1;
-    EXPECT_EQ(::WaitForSingleObject(child.hProcess, 20'000), WAIT_OBJECT_0);
-    ::GetExitCodeProcess(child.hProcess, &exit_code);
-    ::CloseHandle(child.hThread);
-    ::CloseHandle(child.hProcess);
-    EXPECT_EQ(exit_code, 0U);
+    EXPECT_EQ(child.get(), 0U);
+    ::SetEnvironmentVariableW(SHARED_FOLDER, nullptr);
     EXPECT_TRUE(distinct);
     for (auto& thread : threads) {
         EXPECT_TRUE(thread.get());
