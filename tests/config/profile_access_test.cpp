@@ -162,6 +162,22 @@ TEST_F(Profile_access, says_what_it_lacks)
     EXPECT_EQ(codes(all, profile), Codes(all.size(), L"C200005B"));
 }
 
+TEST_F(Profile_access, counts_every_kind_of_edit_as_a_change)
+{
+    for (const Operation& edit_once : edits()) {
+        SCOPED_TRACE(&edit_once - edits().data());
+        open(L"[X]\r\na=1\r\n[T]\r\n");
+        profile.set_current_section(L"T", status);
+        profile.insert_entry({L"b", L"2"}, status);
+        profile.commit_changes(status);
+        const std::string before = Temporary_folder::bytes_of(path);
+        edit_once(profile, status);
+        profile.commit_changes(status);
+        EXPECT_EQ(chain(status), L"");
+        EXPECT_NE(Temporary_folder::bytes_of(path), before);
+    }
+}
+
 TEST_F(Profile_access, reports_a_file_that_cannot_be_opened)
 {
     const unsigned int handles = test::open_handles();

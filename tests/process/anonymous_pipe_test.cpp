@@ -61,45 +61,6 @@ TEST_F(Anonymous_pipe, reader_waits_for_data)
     EXPECT_EQ(byte, 7);
 }
 
-TEST_F(Anonymous_pipe, records_of_many_posters_never_tear)
-{
-    constexpr unsigned int POSTERS = 6;
-    constexpr unsigned int RECORDS = 500;
-    struct Record {
-        unsigned int poster;
-        unsigned int number;
-        unsigned int proof;
-    };
-    static_assert(sizeof(Record) == 12);
-    const auto proof = [](unsigned int poster, unsigned int number) { return ~(poster * 0x01000193U ^ number); };
-
-    Tam_status status;
-    Tam_anonymous_pipe pipe(status); // 4096 bytes are no multiple of a record
-    std::vector<std::thread> posters;
-    std::atomic<unsigned int> failed = 0;
-    for (unsigned int poster = 0; poster < POSTERS; ++poster) {
-        posters.emplace_back([&, poster] {
-            Tam_status own;
-            for (unsigned int number = 0; number < RECORDS; ++number) {
-                Record record{poster, number, proof(poster, number)};
-                failed += pipe.write(reinterpret_cast<unsigned char*>(&record), sizeof record, own) != sizeof record;
-            }
-        });
-    }
-    std::vector<unsigned int> next(POSTERS, 0);
-    for (unsigned int i = 0; i < POSTERS * RECORDS; ++i) {
-        Record record{};
-        ASSERT_EQ(pipe.read(reinterpret_cast<unsigned char*>(&record), sizeof record, status), sizeof record);
-        ASSERT_LT(record.poster, POSTERS);
-        ASSERT_EQ(record.number, next[record.poster]++);
-        ASSERT_EQ(record.proof, proof(record.poster, record.number));
-    }
-    for (std::thread& poster : posters) {
-        poster.join();
-    }
-    EXPECT_EQ(failed, 0U);
-}
-
 TEST_F(Anonymous_pipe, security_is_associated_with_one_end_and_reported_for_the_other)
 {
     Tam_status status;

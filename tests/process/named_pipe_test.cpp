@@ -263,19 +263,6 @@ TEST_F(Named_pipe, server_sends_to_another_process)
     EXPECT_EQ(exit_code(child), test::pattern_checksum(TRANSFER));
 }
 
-TEST_F(Named_pipe, client_receives_from_another_process)
-{
-    const Tam_process child = start(L"serve " + m_path + L" " + std::to_wstring(TRANSFER));
-    while (!::WaitNamedPipeW(m_path.c_str(), 1000)) {
-        ASSERT_TRUE(child.is_running());
-        ::Sleep(5);
-    }
-    const Tam_named_pipe_client client(L".", m_name, {0}, m_status);
-    ASSERT_EQ(chain(m_status), L"");
-    EXPECT_EQ(checksum_to_the_end(client), test::pattern_checksum(TRANSFER));
-    EXPECT_EQ(exit_code(child), 0U);
-}
-
 TEST_F(Named_pipe, client_that_dies_is_told_by_the_counts)
 {
     const Tam_named_pipe_server server(m_name, options(1), m_status);
