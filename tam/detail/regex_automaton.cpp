@@ -66,7 +66,7 @@ Regex_automaton::Code Regex_automaton::step(Code from, unsigned int unit_class, 
         matched = _advance(m_live.items.data(), m_live.items.data() + m_live.items.size(), m_live.before,
                            m_live.searching, unit_class, m_draft);
     } else {
-        const State& state = m_states[static_cast<unsigned int>(from) / m_row];
+        const State& state = m_states[_state(from)];
         const unsigned int* const items = m_items.data() + state.first;
         matched = _advance(items, items + state.count, state.before, state.searching, unit_class, m_draft);
     }
@@ -103,7 +103,7 @@ Regex_automaton::Code Regex_automaton::step(Code from, unsigned int unit_class, 
         code = code_of(row);
     }
     if (from != LIVE) {
-        m_table[static_cast<unsigned int>(from) + unit_class] = code;
+        m_table[_state(from) * m_row + unit_class] = code;
     }
     return code;
 }
@@ -287,7 +287,7 @@ Regex_automaton::Code Regex_automaton::_find_or_add(const Draft& draft)
         const unsigned int* const items = m_items.data() + state.first;
         if (state.hash == hash.value() && state.before == draft.before && state.searching == draft.searching &&
             std::equal(items, items + state.count, draft.items.begin(), draft.items.end())) {
-            return static_cast<Code>((m_slots[slot] - 1) * m_row);
+            return _row(m_slots[slot] - 1);
         }
     }
 
@@ -304,7 +304,7 @@ Regex_automaton::Code Regex_automaton::_find_or_add(const Draft& draft)
     m_states.push_back({static_cast<unsigned int>(m_items.size() - draft.items.size()),
                         static_cast<unsigned int>(draft.items.size()), hash.value(), draft.before, draft.searching});
     _free_slot(hash.value()) = number + 1;
-    return static_cast<Code>(number * m_row);
+    return _row(number);
 }
 
 unsigned int& Regex_automaton::_free_slot(unsigned int hash)
@@ -335,7 +335,7 @@ void Regex_automaton::_empty()
         _draft_start(m_live, static_cast<Regex_side>(side));
         m_starts[side] = _is_dead(m_live) ? SPECIAL | DEAD : _find_or_add(m_live);
     }
-    m_start_rows = m_starts_later ? static_cast<Code>(m_table.size()) : 0;
+    m_start_rows = m_starts_later ? _row(m_states.size()) : 0;
 }
 
 } // namespace tam::detail

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -31,9 +32,10 @@ struct Regex_language {
 //
 // States are rows of one table, by the class of the next unit:
 //
-//     table()[row + class] = code of the next state
+//     look_up(table(), row, class) = code of the next state
 //
-// A code that is not negative is a row. The first rows, up to start_rows(), are those in which all is as at the start of
+// A code that is not negative is a row, as its offset in bytes: so the table is read without any arithmetic between one
+// step and the next. The first rows, up to start_rows(), are those in which all is as at the start of
 // a search, so that a search can skip from there to where a match can begin. The other codes have SPECIAL set, maybe
 // MATCHED, and in the other bits a row or one of DEAD, LIVE and UNKNOWN.
 //
@@ -69,6 +71,14 @@ public:
     Code restart(Regex_side before) const { return m_starts[static_cast<unsigned int>(before)]; }
 
     const Code* table() const { return m_table.data(); }
+
+    static Code look_up(const Code* table, Code row, unsigned int unit_class)
+    {
+        const char* const column = reinterpret_cast<const char*>(table + unit_class);
+        Code code;
+        std::memcpy(&code, column + static_cast<unsigned int>(row), sizeof code);
+        return code;
+    }
 
     // 0 where matches can only begin at the start.
     Code start_rows() const { return m_start_rows; }
@@ -139,6 +149,8 @@ private:
                   unsigned int unit_class, Draft& draft);
 
     bool _is_dead(const Draft& draft) const { return draft.items.empty() && !draft.searching; }
+    Code _row(std::size_t state) const { return static_cast<Code>(state * m_row * sizeof(Code)); }
+    std::size_t _state(Code row) const { return static_cast<std::size_t>(row) / sizeof(Code) / m_row; }
     Code _find_or_add(const Draft& draft); // UNKNOWN when the table is full
     unsigned int& _free_slot(unsigned int hash);
     void _widen_slots();
@@ -152,7 +164,7 @@ private:
     const unsigned int m_row_limit;
 
     std::vector<Code> m_table;
-    std::vector<State> m_states; // by row / m_row
+    std::vector<State> m_states; // in the order of their rows
     std::vector<unsigned int> m_items;
     std::vector<unsigned int> m_slots; // a hash table, half empty at least: 0 for none, else a state's number + 1
     Code m_starts[REGEX_SIDES];

@@ -38,7 +38,7 @@ public:
         if (!m_ended) {
             Code code = UNKNOWN;
             if (m_code != Regex_automaton::LIVE) {
-                code = m_automaton.table()[static_cast<unsigned int>(m_code) + unit_class];
+                code = Regex_automaton::look_up(m_automaton.table(), m_code, unit_class);
             }
             if (code == UNKNOWN) {
                 code = m_automaton.step(m_code, unit_class, m_taken);
@@ -97,34 +97,56 @@ private:
                     return;
                 }
             }
-            // Takes units as long as only rows come up.
-            Code code = m_code;
-            unsigned int unit_class = 0;
-            if (code == Regex_automaton::LIVE) {
-                unit_class = m_alphabet.class_of(_take(at));
-                code = UNKNOWN;
+            Code code = UNKNOWN;
+            if (m_code == Regex_automaton::LIVE) {
+                _take(at);
             } else {
-                const Code* const table = m_automaton.table();
-                for (;;) {
-                    unit_class = m_alphabet.class_of(_take(at));
-                    const Code next = table[static_cast<unsigned int>(code) + unit_class];
-                    if (next < start_rows) {
-                        m_code = code;
-                        code = next;
-                        break;
-                    }
-                    code = next;
-                    if (at == end) {
-                        break;
-                    }
-                }
+                code = _walk(at, end, start_rows);
             }
+            const unsigned int unit_class = m_alphabet.class_of(BACKWARDS ? *at : at[-1]);
             const unsigned long long before = position_of(at) - 1;
             if (code == UNKNOWN) {
                 code = m_automaton.step(m_code, unit_class, before);
             }
             _look_at(code, before, unit_class);
         }
+    }
+
+    // Takes units from one row to the next, up to the end or up to the first code below `limit`, which it returns.
+    // m_code is the row before that.
+    Code _walk(const Unit*& at, const Unit* const end, const Code limit)
+    {
+        constexpr std::ptrdiff_t UNROLLED = 4;
+        const Code* const table = m_automaton.table();
+        Code row = m_code;
+        const auto next = [&](std::ptrdiff_t index) {
+            const unsigned int unit_class = m_alphabet.class_of(BACKWARDS ? at[-1 - index] : at[index]);
+            return Regex_automaton::look_up(table, row, unit_class);
+        };
+        const auto left = [&] { return BACKWARDS ? at - end : end - at; };
+        const auto move = [&](std::ptrdiff_t units) { at += BACKWARDS ? -units : units; };
+        while (left() >= UNROLLED) {
+            for (std::ptrdiff_t i = 0; i != UNROLLED; ++i) {
+                const Code code = next(i);
+                if (code < limit) {
+                    move(i + 1);
+                    m_code = row;
+                    return code;
+                }
+                row = code;
+            }
+            move(UNROLLED);
+        }
+        while (left() != 0) {
+            const Code code = next(0);
+            move(1);
+            if (code < limit) {
+                m_code = row;
+                return code;
+            }
+            row = code;
+        }
+        return row;
     }
 
     // Goes from a start row to the next place where a match can begin.
