@@ -18,7 +18,16 @@ public:
           m_alphabet(alphabet),
           m_finder(finder != nullptr && finder->is_useful() ? finder : nullptr)
     {
-        _go_to(automaton.start(before));
+        begin(before);
+    }
+
+    // Begins anew, with another text.
+    void begin(Regex_side before)
+    {
+        m_matched = false;
+        m_taken = 0;
+        m_match_end = 0;
+        _go_to(m_automaton.start(before));
     }
 
     // Takes the next count units: those from `units` on, or backwards those that end there. False when nothing that
@@ -154,7 +163,7 @@ private:
     {
         const Unit* const found = m_finder->find(from, end);
         if (found != from) {
-            _go_to(m_automaton.restart(m_alphabet.side(m_alphabet.class_of(found[-1]))));
+            _go_to(m_automaton.restart(m_alphabet.class_of(found[-1])));
         }
         m_skipped += static_cast<std::size_t>(found - from);
         if (++m_skips == SKIPS_TO_JUDGE) {
