@@ -71,8 +71,8 @@ private:
     using Code = Regex_automaton::Code;
     static constexpr Code UNKNOWN = Regex_automaton::SPECIAL | Regex_automaton::UNKNOWN;
 
-    // Each skip costs as much as so many units; beyond what skips have brought lately, they are not worth it. While they
-    // are not, one is tried after each so many units, and in each search.
+    // A skip costs as much as so many units. While skips have brought less than that lately, only some are tried: one
+    // in each search, and one after each so many units.
     static constexpr int SKIP_COST = 16;
     static constexpr int MAXIMUM_CREDIT = 16 * SKIP_COST;
     static constexpr std::ptrdiff_t UNITS_TO_TRY_AGAIN = 4096;
