@@ -38,10 +38,13 @@ enum Tam_ordinal : int {
 /// lock: several threads may read one, and each may change its own.
 class TAM_API Tam_date {
 public:
+    /// The first and the last valid year and day.
     static constexpr int MIN_YEAR = -4713;
     static constexpr int MAX_YEAR = 32766;
     static constexpr int MIN_JULIAN_DAY = 38;
     static constexpr int MAX_JULIAN_DAY = 13688960;
+
+    /// Of the calendar.
     static constexpr int MONTHS_PER_YEAR = 12;
     static constexpr int DAYS_PER_WEEK = 7;
 
@@ -151,6 +154,7 @@ public:
     ///                                month.": the month has no such day
     void date(const Tam_ordinal& ordinal, int weekday, int month, int year);
 
+    /// The day's number; outside the valid ones for a date beyond the range.
     int julian_day() const noexcept { return m_julian_day; }
 
     /// The day of the month, 1 to 31.
@@ -168,6 +172,7 @@ public:
     /// 1 (Sunday) to 7 (Saturday).
     int weekday() const noexcept;
 
+    /// Whether year() has 366 days.
     bool is_leap_year() const { return is_leap_year(year()); }
 
     /// True up to 1 January of AD 1 (Julian day 1721426), on purpose: that day is taken for BC.
@@ -179,6 +184,7 @@ public:
     /// tm_year counts from 1900, as usual; the time of day and tm_isdst are 0.
     operator tm() const;
 
+    /// The same day, counted from 1 January 1970.
     explicit operator std::chrono::sys_days() const noexcept
     {
         return std::chrono::sys_days(std::chrono::days(m_julian_day - EPOCH));
@@ -211,6 +217,7 @@ public:
     Tam_date operator++(int);
     Tam_date operator--(int);
 
+    /// Comparisons of the days.
     bool operator==(const Tam_date& other) const noexcept { return m_julian_day == other.m_julian_day; }
     bool operator!=(const Tam_date& other) const noexcept { return m_julian_day != other.m_julian_day; }
     bool operator<(const Tam_date& other) const noexcept { return m_julian_day < other.m_julian_day; }

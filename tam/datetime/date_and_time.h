@@ -22,6 +22,7 @@ namespace tam {
 /// of Tam_date and Tam_time pass through. A value has no lock: several threads may read one, and each may change its own.
 class TAM_API Tam_date_and_time {
 public:
+    /// Numbers of zones.
     using Zones = Tam_time_zone::Zones;
 
     /// 1 January 1970, midnight, GMT.
@@ -71,6 +72,7 @@ public:
     /// assign(date(), time, zone()).
     void time(const Tam_time& time) { assign(date(), time, m_zone); }
 
+    /// The number of its zone.
     Zones zone() const noexcept { return m_zone; }
 
     /// Becomes the local time of another zone at the same moment.

@@ -25,6 +25,7 @@ namespace tam {
 /// may read one, and each may change its own.
 class TAM_API Tam_time_period {
 public:
+    /// How many make one of the larger unit.
     static constexpr int SECONDS_PER_MINUTE = 60;
     static constexpr int SECONDS_PER_HOUR = 3600;
     static constexpr int SECONDS_PER_DAY = 86400;
@@ -48,6 +49,7 @@ public:
     /// set(value).
     Tam_time_period(const timeval& value) { set(value); }
 
+    /// The same span.
     explicit Tam_time_period(std::chrono::microseconds value) noexcept { _set_total(value.count()); }
 
     /// set(seconds, 0); never throws.
@@ -105,6 +107,7 @@ public:
     /// The whole period in microseconds; wraps beyond some 292000 years.
     explicit operator std::chrono::microseconds() const noexcept { return std::chrono::microseconds(_total()); }
 
+    /// Adds and subtracts both parts; wraps in their widths.
     Tam_time_period& operator+=(const Tam_time_period& other) noexcept;
     Tam_time_period& operator-=(const Tam_time_period& other) noexcept;
 
@@ -119,6 +122,7 @@ public:
     /// The remainder of /=, in microseconds and with the sign of the period: 10 s % 3 is 1 us.
     Tam_time_period& operator%=(int divisor);
 
+    /// As the assigning operator of the same name.
     Tam_time_period operator+(const Tam_time_period& other) const noexcept { return Tam_time_period(*this) += other; }
     Tam_time_period operator-(const Tam_time_period& other) const noexcept { return Tam_time_period(*this) -= other; }
     Tam_time_period operator*(int factor) const noexcept { return Tam_time_period(*this) *= factor; }
@@ -131,6 +135,7 @@ public:
     ///                                microseconds() is not 0
     Tam_time_period operator-() const;
 
+    /// Comparisons, by seconds and then by microseconds.
     bool operator==(const Tam_time_period& other) const noexcept
     {
         return m_seconds == other.m_seconds && m_microseconds == other.m_microseconds;

@@ -55,6 +55,7 @@ private:
 /// Not copyable. Any number of threads may render at once while none adds or removes.
 class TAM_API Tam_messages_list {
 public:
+    /// Yields Tam_messages*.
     using const_iterator = std::list<Tam_messages*>::const_iterator;
 
     /// The program's catalogue. It starts empty, the library never adds to it, and its modules are unloaded with the

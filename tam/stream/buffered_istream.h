@@ -16,6 +16,7 @@ class Cache_source;
 /// What is in the cache is not read again: a change that a writer makes there is not seen.
 class TAM_API Tam_buffered_istream : public Tam_istream {
 public:
+    /// Bytes in a block.
     static constexpr unsigned int CACHE_SIZE = 16384;
 
     Tam_buffered_istream() noexcept = default;

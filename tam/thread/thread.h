@@ -26,6 +26,7 @@ enum Tam_thread_state : unsigned int {
     TAM_THREAD_SUSPENDED = 5,  ///< by suspend()
 };
 
+/// Priorities of the system, relative to that of the process.
 enum Tam_thread_priority : unsigned int {
     TAM_THREAD_PRIORITY_HIGHEST = 0,
     TAM_THREAD_PRIORITY_ABOVE_NORMAL = 1,
