@@ -136,7 +136,7 @@ public:
     static Tam_date_and_time min_date_and_time();
     static Tam_date_and_time max_date_and_time();
 
-    /// True for the characters that to_string() takes after a %.
+    /// True for the characters that to_string() takes after a `%`.
     static bool is_format_token(wchar_t token) noexcept;
 
     /// Replaces result by the format, in which these tokens stand for parts of the local date and time:

@@ -101,7 +101,7 @@ public:
     /// The period since midnight.
     operator Tam_time_period() const noexcept { return m_period; }
 
-    /// True for the characters that to_string() takes after a %.
+    /// True for the characters that to_string() takes after a `%`.
     static bool is_format_token(wchar_t token) noexcept;
 
     /// Replaces result by the format, in which these tokens stand for what the C run-time's wcsftime makes of them in

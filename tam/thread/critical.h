@@ -11,7 +11,7 @@ namespace tam {
 /// The cheapest lock of the library: without contention it makes no system call. The thread that is inside may enter
 /// again, and leaves as often as it entered. Any thread may call any member; no operation reports a failure.
 ///
-/// std::lock_guard<Tam_critical> works. The object can be neither copied nor moved.
+/// `std::lock_guard<Tam_critical>` works. The object can be neither copied nor moved.
 class TAM_API Tam_critical {
 public:
     Tam_critical() : Tam_critical(false) {}
