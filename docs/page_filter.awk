@@ -1,6 +1,7 @@
 # What doxygen reads instead of a page of docs/. The pages are plain Markdown that reads well in a repository too; here
 #  - names of the library between backticks become links, and a name that does not exist becomes an error;
 #  - links to examples lead to their page in the site;
+#  - "<!-- program FILE -->" and "<!-- snippet FILE NAME -->" become code of examples/ or tests/;
 #  - "<!-- status codes of thread -->" becomes the table that docs/code_tables.awk made.
 
 function with_links(text, result, name)
@@ -31,6 +32,15 @@ in_code { print; next }
     if (!lines) {
         print FILENAME ":" FNR ": no table of status codes: " table > "/dev/stderr"
         print "@ref no_table_of_status_codes"
+    }
+    next
+}
+
+/^<!-- (program|snippet) .* -->$/ {
+    if ($2 == "program") {
+        print "\\include " $3
+    } else {
+        print "\\snippet " $3 " " $4
     }
     next
 }
