@@ -19,15 +19,14 @@ FILENAME ~ /\.mc$/ && /^Language=/ { in_text = 1; next }
 FILENAME ~ /\.mc$/ && /^\.$/ { in_text = 0; next }
 FILENAME ~ /\.mc$/ && in_text {
     line = $0
+    text[name] = text[name] line " "
     while (match(line, /%[0-9]+/)) {
         insert = substr(line, RSTART + 1, RLENGTH - 1) + 0
         if (insert > inserts[name]) {
             inserts[name] = insert
         }
-        text[name] = text[name] substr(line, 1, RSTART - 1) "&#37;" insert
         line = substr(line, RSTART + RLENGTH)
     }
-    text[name] = text[name] line " "
     next
 }
 FILENAME ~ /\.mc$/ { next }

@@ -32,6 +32,7 @@ int main()
         std::wcout << std::hex << std::uppercase << one->value() << L": " << text << L'\n';
     }
 
+    //! [decide]
     // A program decides by the code, and finds the particulars in the arguments.
     if (status.child() != nullptr && *status.child() == TAM_E_FILE_NOT_FOUND) {
         for (const Tam_status_arg* argument : *status.child()) {
@@ -39,4 +40,5 @@ int main()
             std::wcout << L"Recognised, for " << text << L'\n';
         }
     }
+    //! [decide]
 }

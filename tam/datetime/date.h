@@ -246,8 +246,8 @@ public:
     ///     %w  weekday, 1 (Sunday) to 7     %Y  year, at least four digits: 44 BC is -0044
     ///     %x  the short date
     ///
-    /// Names are those of the C run-time's current locale (wcsftime). The short date has `%d`, `%m` and `%Y` in the order and
-    /// with the separator of the calling thread's locale (LOCALE_IDATE, LOCALE_SDATE), or is `%d/%m/%Y` where one of them
+    /// Names are those of the C run-time's current locale (wcsftime). The short date has "%d", "%m" and "%Y" in the order and
+    /// with the separator of the calling thread's locale (LOCALE_IDATE, LOCALE_SDATE), or is "%d/%m/%Y" where one of them
     /// cannot be read or the order is not one of the three known.
     /// @throws std::invalid_argument  "Tam_date::to_string - invalid format token.": another character after %; result
     ///                                holds the text up to there

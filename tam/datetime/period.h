@@ -160,7 +160,7 @@ public:
     ///     %u  microseconds()
     ///     %P  %D and a blank unless days() is 0, then %H:%M:%S.%C
     ///
-    /// `%H` and `%M`, also within `%P`, are totals of the whole period, kept so: 1 day 02:03:04.5 is "1 26:1563:04.50". Each
+    /// "%H" and "%M", also within "%P", are totals of the whole period, kept so: 1 day 02:03:04.5 is "1 26:1563:04.50". Each
     /// number is printed from its low 32 bits, and in a negative period each has its own minus sign, which counts as one
     /// of the two digits.
     /// @throws std::invalid_argument  "Tam_time_period::to_string - invalid format token.": another character after %;

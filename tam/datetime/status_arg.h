@@ -13,7 +13,7 @@
 
 namespace tam {
 
-/// A time of day; renders as Tam_time::to_string() with `%X`, the locale's form.
+/// A time of day; renders as Tam_time::to_string() with "%X", the locale's form.
 class TAM_API Tam_time_status_arg : public Tam_status_arg {
 public:
     /// What identity() returns.
@@ -37,7 +37,7 @@ private:
     Tam_time m_value;
 };
 
-/// A date; renders as Tam_date::to_string() with `%x`, the locale's short form.
+/// A date; renders as Tam_date::to_string() with "%x", the locale's short form.
 class TAM_API Tam_date_status_arg : public Tam_status_arg {
 public:
     /// What identity() returns.
@@ -63,7 +63,7 @@ private:
     Tam_date m_value;
 };
 
-/// A date and time; renders as Tam_date_and_time::to_string() with `%c`, the locale's forms without the zone.
+/// A date and time; renders as Tam_date_and_time::to_string() with "%c", the locale's forms without the zone.
 class TAM_API Tam_date_and_time_status_arg : public Tam_status_arg {
 public:
     /// What identity() returns.
