@@ -4,6 +4,13 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh --docs
+# The program in README.md is one of the examples.
+shown=$(sed -n '/^```cpp$/,/^```$/{/^```/d;p}' README.md)
+if [[ "$(sed '/^ *\/\/! \[/d' examples/first_steps/status.cpp)" != *"$shown"* ]]; then
+    echo "docs.sh: failed: the code in README.md is not that of examples/first_steps/status.cpp" >&2
+    exit 1
+fi
+
 generated=build/docs/generated
 rm -rf build/docs
 mkdir -p "$generated/tam/status"
