@@ -1,7 +1,7 @@
 # What doxygen reads instead of a public header, line by line the same. The headers are written for people: one comment
 # stands over all declarations up to the next empty line, and what cannot be called has none. doxygen wants a comment for
-# each declaration, so this repeats it, hides deleted and self-evident special members, and puts everything into the group
-# of its subsystem, which is the folder's name.
+# each declaration, so this repeats it, hides deleted and self-evident special members and all that is private, and puts
+# everything into the group of its subsystem, which is the folder's name.
 #
 #     mawk -f docs/header_filter.awk tam/thread/mutex.h
 
@@ -11,13 +11,13 @@ function count(text, character) { return gsub(character, "", text) }
 
 FNR == 1 {
     folders = split(FILENAME, folder, "/")
-    group = folders > 2 ? folder[folders - 1] : ""
+    group = folder[folders] == "codes.h" ? "codes" : folders > 2 ? folder[folders - 1] : ""
 }
 
 /^namespace tam \{/ && group != "" { print $0 " /** @addtogroup " group " */ /** @{ */"; next }
 /^\} \/\/ namespace tam/ && group != "" { print "/** @} */ " $0; next }
 
-/^ *\/\/\// {
+/^ *\/\/\// && !is_private {
     line = $0
     sub(/^ *\/\/\/ ?/, "", line)
     comment = in_comment ? comment "\\ilinebr " line : line
@@ -28,6 +28,10 @@ FNR == 1 {
 }
 
 { in_comment = 0 }
+
+/^private:/ { is_private = 1 }
+/^(public|protected):|^\};/ { is_private = 0 }
+is_private { print ""; next }
 
 /^ *$/ || /^(public|protected|private):/ || /^#/ { if (depth == 0) { comment = ""; first = 0 } print; next }
 

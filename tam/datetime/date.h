@@ -122,6 +122,7 @@ public:
     /// 1 January 1970.
     constexpr Tam_date() noexcept = default;
 
+    /// The day of that number.
     /// @throws std::invalid_argument  "Invalid Julian day."
     Tam_date(int julian_day) : Tam_date(_checked(julian_day)) {}
 
@@ -136,6 +137,7 @@ public:
     /// @throws std::invalid_argument  "Invalid day, month, year."
     Tam_date(const tm& value) { date(value); }
 
+    /// That day, counted from 1 January 1970.
     /// @throws std::invalid_argument  "Invalid Julian day."
     explicit Tam_date(std::chrono::sys_days day);
 

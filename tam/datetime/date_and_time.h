@@ -34,8 +34,8 @@ public:
     /// assign(value, zone).
     Tam_date_and_time(const tm& value, Zones zone) { assign(value, zone); }
 
-    /// @param period  from the start of Julian day 0, in the zone's local time
-    /// @param zone    not tested
+    /// The moment that lies that period behind the start of Julian day 0, in the zone's local time.
+    /// @param zone  not tested
     /// @throws std::invalid_argument  "Tam_date_and_time::Tam_date_and_time() - time period is not a valid julian day."
     Tam_date_and_time(const Tam_time_period& period, Zones zone);
 
@@ -88,9 +88,11 @@ public:
     /// @throws std::invalid_argument  "Tam_time_zone::get_zone - invalid zone"
     Tam_date_and_time utc() const;
 
+    /// Whether the zone is one of standard time.
     /// @throws std::invalid_argument  "Tam_time_zone::get_zone - invalid zone"
     bool is_std() const { return Tam_time_zone::get_zone(m_zone).is_std(); }
 
+    /// Whether the zone is one of daylight-saving time.
     /// @throws std::invalid_argument  "Tam_time_zone::get_zone - invalid zone"
     bool is_dst() const { return Tam_time_zone::get_zone(m_zone).is_dst(); }
 

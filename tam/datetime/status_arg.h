@@ -54,6 +54,7 @@ public:
 
     void destroy() override;
 
+    /// Sets out to the text.
     /// @throws std::invalid_argument  as Tam_date::to_string() does for a date beyond the valid range
     void to_string(std::wstring& out) const override;
     GUID identity() const override;
@@ -80,6 +81,7 @@ public:
 
     void destroy() override;
 
+    /// Sets out to the text.
     /// @throws std::invalid_argument  as Tam_date_and_time::to_string() does for a date beyond the valid range
     void to_string(std::wstring& out) const override;
     GUID identity() const override;

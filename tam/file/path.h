@@ -288,6 +288,7 @@ public:
     /// @}
 
 protected:
+    /// Throws unless c can be a drive letter.
     /// @throws std::invalid_argument  "Invalid drive letter.": c is no alphabetic character in the C library's eyes
     static void validate_drive_letter(wchar_t c);
 

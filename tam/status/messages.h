@@ -62,6 +62,7 @@ public:
     /// library.
     static Tam_messages_list m_global_messages;
 
+    /// An empty list.
     Tam_messages_list();
 
     /// Unloads every module.

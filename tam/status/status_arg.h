@@ -63,6 +63,7 @@ public:
     /// What identity() returns.
     static const GUID ID;
 
+    /// Keeps a copy of value.
     /// @param format  group the digits as the C run-time's current locale does
     Tam_int_status_arg(int value, bool format) : m_value(value), m_format(format) {}
     Tam_int_status_arg(const Tam_int_status_arg&) = default;
@@ -90,6 +91,7 @@ public:
     /// What identity() returns.
     static const GUID ID;
 
+    /// Keeps a copy of value.
     /// @param format  group the digits as the C run-time's current locale does
     Tam_uint_status_arg(unsigned int value, bool format) : m_value(value), m_format(format) {}
     Tam_uint_status_arg(const Tam_uint_status_arg&) = default;

@@ -51,6 +51,7 @@ public:
     Tam_buffer& operator=(const Tam_buffer&) = delete;
 
 protected:
+    /// A buffer that no stream is connected to.
     Tam_buffer();
 
     /// Starts with the connection counts of other, although its streams are not connected to the copy.

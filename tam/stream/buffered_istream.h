@@ -19,6 +19,7 @@ public:
     /// Bytes in a block.
     static constexpr unsigned int CACHE_SIZE = 16384;
 
+    /// A detached stream.
     Tam_buffered_istream() noexcept = default;
 
     /// Calls init.

@@ -14,8 +14,10 @@ namespace tam {
 /// `std::lock_guard<Tam_critical>` works. The object can be neither copied nor moved.
 class TAM_API Tam_critical {
 public:
+    /// A critical section that nobody is inside.
     Tam_critical() : Tam_critical(false) {}
 
+    /// A critical section of its own.
     /// @param entered  true: the constructing thread is inside from the start and must leave once
     explicit Tam_critical(bool entered);
 

@@ -48,9 +48,11 @@ public:
 
     ~Tam_event();
 
+    /// Makes the event not signalled.
     /// @throws Tam_sys_call_fail  "::ResetEvent"
     void reset();
 
+    /// Makes the event signalled; all who wait go on.
     /// @throws Tam_sys_call_fail  "::SetEvent"
     void signal();
 

@@ -125,6 +125,7 @@ public:
     /// @return whether the thread has ended
     bool wait(unsigned int milliseconds, Tam_status& status) const;
 
+    /// Sets how the system prefers the thread to others.
     /// @param priority  any integer may be cast to it
     /// @param status    cleared first
     ///   - TAM_E_THREAD_PRIORITY_UNKNOWN (0xC200003D)  none of Tam_thread_priority; nothing is set
