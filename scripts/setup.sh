@@ -13,7 +13,7 @@ packages=(
     mawk                                                  # makes the header of status codes
 )
 if [ "${1-}" = --checks ]; then
-    packages+=(clang-format-14 clang-tidy-14 pkg-config)
+    packages+=(clang-format-14 clang-tidy-14 pkg-config python3)
 elif [ "${1-}" = --docs ]; then
     packages=(doxygen graphviz mawk)
 fi
