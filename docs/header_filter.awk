@@ -14,6 +14,8 @@ FNR == 1 {
     group = folder[folders] == "codes.h" ? "codes" : folders > 2 ? folder[folders - 1] : ""
 }
 
+FNR == 2 && /^$/ { print "/** @file */"; next } # so that the header is listed
+
 /^namespace tam \{/ && group != "" { print $0 " /** @addtogroup " group " */ /** @{ */"; next }
 /^\} \/\/ namespace tam/ && group != "" { print "/** @} */ " $0; next }
 
