@@ -56,6 +56,7 @@ void restrict_access(const std::wstring& folder, Tam_status& status)
 // A folder that exists keeps its access list, which an administrator may have changed.
 void make_folder(const std::wstring& folder, Tam_status& status)
 {
+    status.clear();
     Tam_directory::create(folder, status);
     if (is_caused_by(status, ERROR_ALREADY_EXISTS)) {
         status.clear();
@@ -118,7 +119,6 @@ void Spooler::start(const Settings& settings, Tam_status& status)
 
 void Spooler::_make_folders(const Settings& settings, Tam_status& status)
 {
-    status.clear();
     make_folder(settings.folder, status);
     const std::wstring base = settings.folder + L'\\';
     m_incoming = base + L"incoming\\";
@@ -349,11 +349,17 @@ void Spooler::_put_back(const Claim& claim, unsigned int code, Tam_status& statu
 
 void Spooler::_put(const Claim& claim, bool is_done)
 {
-    const std::wstring& folder = is_done ? m_done : m_failed;
+    const std::wstring shelf = (is_done ? m_done : m_failed) + claim.shelf();
     Tam_status status;
-    Tam_file::move(m_work + claim.key(), folder + claim.key(), status);
+    Tam_file::move(m_work + claim.key(), shelf + claim.key(), status);
+    if (is_caused_by(status, ERROR_PATH_NOT_FOUND)) { // the first file there
+        make_folder(shelf, status);
+        if (status.ok()) {
+            Tam_file::move(m_work + claim.key(), shelf + claim.key(), status);
+        }
+    }
     if (!status.ok()) {
-        status.push(SPOOLER_E_PUT, text(claim.key()), text(folder));
+        status.push(SPOOLER_E_PUT, text(claim.key()), text(shelf));
         m_report(status);
     }
 }

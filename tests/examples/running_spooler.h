@@ -194,7 +194,7 @@ protected:
     }
     std::wstring incoming(const std::wstring& name) const { return m_spool + L"\\incoming\\" + name; }
 
-    /// The names of the files in one of the folders.
+    /// The names of the files in one of the folders and those below it.
     std::multiset<std::wstring> files(const std::wstring& folder) const
     {
         std::multiset<std::wstring> names;
@@ -203,6 +203,8 @@ protected:
         for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = ::FindNextFileW(search, &data)) {
             if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
                 names.insert(data.cFileName);
+            } else if (data.cFileName[0] != L'.') {
+                names.merge(files(folder + L"\\" + data.cFileName));
             }
         }
         ::FindClose(search);
@@ -216,6 +218,17 @@ protected:
             names.insert(name.substr(name.find(L'_') + 1));
         }
         return names;
+    }
+
+    /// Of the file that was spooled under that name. It is on the first shelf of the only run.
+    std::wstring path_of_done(const std::wstring& name) const
+    {
+        for (const std::wstring& key : files(L"done")) {
+            if (key.ends_with(L"_" + name)) {
+                return m_spool + L"\\done\\" + key.substr(0, key.find(L'_') - 3) + L"\\" + key;
+            }
+        }
+        return L"";
     }
 
     /// The journal by the names of the files.
@@ -238,8 +251,11 @@ protected:
     /// The line that the journal must have of a file.
     static Journal_line expected(const std::string& bytes)
     {
-        return {L"done", system_crc(bytes), bytes.size(),
-                static_cast<unsigned long long>(std::count(bytes.begin(), bytes.end(), '\n')), 1};
+        unsigned long long lines = 0;
+        for (std::size_t end = bytes.find('\n'); end != std::string::npos; end = bytes.find('\n', end + 1)) {
+            ++lines;
+        }
+        return {L"done", system_crc(bytes), bytes.size(), lines, 1};
     }
 
     /// How often the text is in what the programs have printed.
