@@ -7,14 +7,8 @@
 #include <tam/status/status.h>
 #include <tam/thread/critical.h>
 
+#include "digest.h"
 #include "report.h"
-
-// What was found out about a file.
-struct Digest {
-    unsigned int crc = 0;
-    unsigned long long bytes = 0;
-    unsigned long long lines = 0; // ends of lines: what follows the last one is none
-};
 
 struct Journal_entry {
     std::wstring id;     // of the claim; no other entry has it

@@ -102,23 +102,22 @@ std::wstring beside_program(const std::wstring& file)
 //! [install]
 void install_service(const std::wstring& name, const std::wstring& profile, Tam_status& status)
 {
+    const std::wstring command = quoted(program_path()) + L" service " + quoted(name) + L' ' + quoted(profile);
+    const Service_handle manager = open_manager(SC_MANAGER_CREATE_SERVICE, status);
+    Service_handle service;
+    if (manager) {
+        service.reset(::CreateServiceW(manager.get(), name.c_str(), name.c_str(), SERVICE_ALL_ACCESS,
+                                       SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL,
+                                       command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
+        status = service ? 0 : Tam_status::get_last_error();
+    }
     for (const wchar_t* const module : MESSAGE_MODULES) {
         if (status.ok()) {
             tam_register_resources(name, beside_program(module), status);
         }
     }
-    Service_handle manager;
-    if (status.ok()) {
-        manager = open_manager(SC_MANAGER_CREATE_SERVICE, status);
-    }
-    if (manager) {
-        const std::wstring command = quoted(program_path()) + L" service " + quoted(name) + L' ' + quoted(profile);
-        const Service_handle service(::CreateServiceW(
-            manager.get(), name.c_str(), name.c_str(), SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS,
-            SERVICE_AUTO_START, SERVICE_ERROR_NORMAL, command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
-        if (!service) {
-            status = Tam_status::get_last_error();
-        }
+    if (service && !status.ok()) {
+        ::DeleteService(service.get());
     }
     push_failure(status, SPOOLER_E_INSTALL, name);
 }
@@ -132,8 +131,10 @@ void remove_service(const std::wstring& name, Tam_status& status)
             status = Tam_status::get_last_error();
         }
     }
-    if (status.ok()) {
-        tam_remove_reg_key(HKEY_LOCAL_MACHINE, EVENT_SOURCES, L"", name, status);
+    Tam_status source;
+    tam_remove_reg_key(HKEY_LOCAL_MACHINE, EVENT_SOURCES, L"", name, source);
+    if (!source.ok()) {
+        status.push(source);
     }
     push_failure(status, SPOOLER_E_REMOVE, name);
 }

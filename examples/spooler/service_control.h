@@ -9,7 +9,7 @@
 // Enters the program into the list of services, to be started with the system, and its texts into the event log.
 void install_service(const std::wstring& name, const std::wstring& profile, tam::Tam_status& status);
 
-// Takes back install_service() as far as it was done; the service must have stopped.
+// Takes back install_service(). A service that has not stopped goes on until it does.
 void remove_service(const std::wstring& name, tam::Tam_status& status);
 
 // Starts or stops the installed service, and waits until it has come so far.

@@ -9,7 +9,6 @@
 
 #include <tam/file.h>
 #include <tam/security.h>
-#include <tam/stream.h>
 #include <tam/text.h>
 
 #include "spooler_messages.h"
@@ -17,9 +16,6 @@
 using namespace tam;
 
 namespace {
-
-// A line as long as this is none of a text.
-constexpr unsigned int LINE_LIMIT = 64 * 1024;
 
 // The first numbers of the messages to a worker.
 enum Message : unsigned int { FILES_WAIT, END };
@@ -37,69 +33,6 @@ bool is_caused_by(const Tam_status& status, unsigned int code)
     }
     return one != nullptr;
 }
-
-// A file that is read once from its start to its end, and its checksum made on the way. Others may read it meanwhile, but
-// not write. Its reading ends when the spooler stops.
-class Digested_file : public Tam_file_buffer {
-public:
-    Digested_file(const std::wstring& path, const std::atomic<bool>& is_stopping, Tam_status& status)
-        : Tam_file_buffer(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, TAM_FILE_SEQUENTIAL_SCAN, TAM_FILE_SHARE_READ,
-                          status),
-          m_is_stopping(is_stopping)
-    {}
-
-    unsigned int read(bool wait, unsigned long long& position, unsigned int count, void* destination,
-                      Tam_status& status) const override
-    {
-        if (m_is_stopping) {
-            status = ERROR_OPERATION_ABORTED;
-            return 0;
-        }
-        const unsigned long long start = position;
-        const unsigned int delivered = Tam_file_buffer::read(wait, position, count, destination, status);
-        if (start == m_bytes) { // else it was read before
-            m_crc.update(destination, delivered);
-            m_bytes += delivered;
-        }
-        return delivered;
-    }
-
-    unsigned int crc() const { return m_crc.result(); }
-    unsigned long long bytes() const { return m_bytes; }
-
-private:
-    const std::atomic<bool>& m_is_stopping;
-    mutable Tam_crc32 m_crc;
-    mutable unsigned long long m_bytes = 0; // in m_crc
-};
-
-//! [digest]
-void digest(const std::wstring& path, const std::atomic<bool>& is_stopping, Digest& result, Tam_status& status)
-{
-    const Digested_file file(path, is_stopping, status);
-    Tam_buffered_istream stream;
-    if (status.ok()) {
-        stream.init(file, false, status, TAM_EOL_LF);
-    }
-    std::string line;
-    while (status.ok()) {
-        stream.readln(LINE_LIMIT, line, status);
-        if (line.size() == LINE_LIMIT) {
-            status.push(SPOOLER_E_LONG_LINE, Tam_uint_status_arg(static_cast<unsigned int>(result.lines + 1), false),
-                        Tam_uint_status_arg(LINE_LIMIT, false));
-        } else if (status.ok()) {
-            ++result.lines;
-        } else if (status == TAM_E_NO_LINE_END) {
-            status.clear(); // the end of the data comes next
-        }
-    }
-    if (status == TAM_E_END_OF_DATA) {
-        status.clear();
-    }
-    result.crc = file.crc();
-    result.bytes = file.bytes();
-}
-//! [digest]
 
 // The administrators, the system and whom the service runs as may do everything with a new folder, nobody else anything.
 void restrict_access(const std::wstring& folder, Tam_status& status)
@@ -123,6 +56,7 @@ void restrict_access(const std::wstring& folder, Tam_status& status)
 // A folder that exists keeps its access list, which an administrator may have changed.
 void make_folder(const std::wstring& folder, Tam_status& status)
 {
+    status.clear();
     Tam_directory::create(folder, status);
     if (is_caused_by(status, ERROR_ALREADY_EXISTS)) {
         status.clear();
@@ -185,7 +119,6 @@ void Spooler::start(const Settings& settings, Tam_status& status)
 
 void Spooler::_make_folders(const Settings& settings, Tam_status& status)
 {
-    status.clear();
     make_folder(settings.folder, status);
     const std::wstring base = settings.folder + L'\\';
     m_incoming = base + L"incoming\\";
@@ -377,7 +310,7 @@ void Spooler::_process(const Claim& claim)
 {
     Journal_entry entry{claim.id, true, {}, claim.name};
     Tam_status status;
-    digest(m_work + claim.key(), m_is_stopping, entry.digest, status);
+    digest_file(m_work + claim.key(), m_is_stopping, entry.digest, status);
     if (is_caused_by(status, ERROR_OPERATION_ABORTED)) {
         return;
     }
@@ -416,11 +349,17 @@ void Spooler::_put_back(const Claim& claim, unsigned int code, Tam_status& statu
 
 void Spooler::_put(const Claim& claim, bool is_done)
 {
-    const std::wstring& folder = is_done ? m_done : m_failed;
+    const std::wstring shelf = (is_done ? m_done : m_failed) + claim.shelf();
     Tam_status status;
-    Tam_file::move(m_work + claim.key(), folder + claim.key(), status);
+    Tam_file::move(m_work + claim.key(), shelf + claim.key(), status);
+    if (is_caused_by(status, ERROR_PATH_NOT_FOUND)) { // the first file there
+        make_folder(shelf, status);
+        if (status.ok()) {
+            Tam_file::move(m_work + claim.key(), shelf + claim.key(), status);
+        }
+    }
     if (!status.ok()) {
-        status.push(SPOOLER_E_PUT, text(claim.key()), text(folder));
+        status.push(SPOOLER_E_PUT, text(claim.key()), text(shelf));
         m_report(status);
     }
 }

@@ -28,9 +28,11 @@ struct Figures {
 //
 //     incoming    where files are put; best by moving them there, or by writing them without sharing them for deletion
 //     work        files that a worker has claimed, under ID_NAME
-//     done        files that were digested, under ID_NAME
-//     failed      files that could not be, under ID_NAME
+//     done        files that were digested, under SHELF\ID_NAME
+//     failed      files that could not be, under SHELF\ID_NAME
 //     journal.txt
+//
+// A shelf is a folder for a thousand claims; its name is an ID without the last three digits.
 //
 // A worker claims a file by moving it from incoming to work, digests it, appends its line to the journal, and moves it to
 // done or failed. Wherever this is cut short, the next start goes on: a file in work whose id the journal has is only
@@ -61,6 +63,7 @@ private:
         std::wstring id;
         std::wstring name;
         std::wstring key() const { return id + L'_' + name; } // the file's name everywhere but in incoming
+        std::wstring shelf() const { return id.substr(0, id.size() - 3) + L'\\'; }
     };
     struct Worker {
         Spooler& spooler;
