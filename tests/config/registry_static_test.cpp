@@ -1,22 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <functional>
-#include <new>
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/config/texts.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/registry_branch.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using namespace std::string_literals;

@@ -1,12 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <new>
-#include <string>
-
-#include <tam/container/object_vector.h>
+#include <tests/support/test.h>
 
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
 
 using namespace tam;
 using tam::test::Failing_new;

@@ -1,13 +1,4 @@
-#include <climits>
-#include <stdexcept>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/date_and_time.h>
-#include <tests/support/locale.h>
-#include <tests/support/thrown.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 

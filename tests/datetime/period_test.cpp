@@ -1,11 +1,4 @@
-#include <chrono>
-#include <climits>
-#include <random>
-#include <stdexcept>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/period.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 
@@ -40,42 +33,6 @@ std::wstring text_of(const Tam_time_period& period, const std::wstring& format)
 Wide total(const Tam_time_period& period)
 {
     return static_cast<Wide>(period.seconds()) * 1000000 + period.microseconds();
-}
-
-// The rule for both fields step by step, each result cut to the width of its field.
-void expect_by_rule(const Tam_time_period& result, Wide seconds, Wide microseconds)
-{
-    const auto field_s = static_cast<long long>(seconds);
-    const auto field_u = static_cast<int>(microseconds);
-    const long long q = field_u / 1000000;
-    auto s = static_cast<long long>(static_cast<Wide>(field_s) + q);
-    long long u = field_u;
-    if (s < 0 && u > 0) {
-        s = s + 1;
-        u = u - 1000000;
-    } else if (s > 0 && u < 0) {
-        s = s - 1;
-        u = u + 1000000;
-    }
-    if (s == field_s) {
-        expect_is(result, field_s, field_u);
-    } else {
-        expect_is(result, s, static_cast<int>(u % 1000000));
-    }
-}
-
-// What can be told apart by sign and size, the limits included.
-template <class Random>
-long long any_number(Random& random, long long lowest, long long highest)
-{
-    const long long near[] = {0, 1, -1, lowest, lowest + 1, highest, highest - 1};
-    const auto choice = random() % 14;
-    if (choice < 7) {
-        return near[choice];
-    }
-    const auto bits = static_cast<long long>(random() >> (random() % 63));
-    const long long number = random() % 2 != 0 ? bits : -bits;
-    return lowest == LLONG_MIN ? number : number % highest;
 }
 
 } // namespace
@@ -177,36 +134,6 @@ TEST(Time_period, calculates_exactly_within_its_fields)
         EXPECT_EQ(a >= b, total(a) >= total(b));
         EXPECT_EQ(a == b, total(a) == total(b));
         EXPECT_EQ(a != b, total(a) != total(b));
-        if (HasFailure()) {
-            FAIL() << "round " << round;
-        }
-    }
-}
-
-TEST(Time_period, wraps_in_the_width_of_each_field)
-{
-    std::mt19937_64 random(21);
-    for (int round = 0; round < 20000; ++round) {
-        const auto any = [&] {
-            const long long s = any_number(random, LLONG_MIN, LLONG_MAX);
-            const int u = static_cast<int>(any_number(random, -1000000, 1000000));
-            return Tam_time_period(s, (s < 0) == (u < 0) || s == 0 ? u : 0);
-        };
-        const Tam_time_period a = any();
-        const Tam_time_period b = any();
-        const int k = static_cast<int>(any_number(random, INT_MIN, INT_MAX));
-        const Wide as = a.seconds();
-        const Wide au = a.microseconds();
-        expect_by_rule(a + b, as + b.seconds(), au + b.microseconds());
-        expect_by_rule(a - b, as - b.seconds(), au - b.microseconds());
-        expect_by_rule(a * k, as * k, au * k);
-        if (k != 0) {
-            const Wide t = static_cast<long long>(total(a));
-            const auto quotient = static_cast<long long>(t / k);
-            expect_is(a / k, quotient / 1000000, static_cast<int>(quotient % 1000000));
-            const auto rest = static_cast<long long>(t % k);
-            expect_is(a % k, rest / 1000000, static_cast<int>(rest % 1000000));
-        }
         if (HasFailure()) {
             FAIL() << "round " << round;
         }

@@ -1,15 +1,6 @@
-#include <climits>
+#include <tests/support/test.h>
+
 #include <clocale>
-#include <cwchar>
-#include <random>
-#include <stdexcept>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/time.h>
-#include <tests/support/locale.h>
 
 using namespace tam;
 
@@ -123,14 +114,6 @@ TEST(Time, calculates_modulo_one_day)
         ASSERT_EQ(Tam_time(a) == Tam_time(b), ta == tb);
         ASSERT_EQ(Tam_time(a) != Tam_time(b), ta != tb);
     }
-}
-
-TEST(Time, noon_is_pm)
-{
-    EXPECT_TRUE(Tam_time(12, 0, 0, 0).is_pm());
-    EXPECT_TRUE(Tam_time(11, 59, 59, 999999).is_am());
-    EXPECT_TRUE(Tam_time().is_am());
-    EXPECT_FALSE(Tam_time::max_time().is_am());
 }
 
 TEST(Time, now_is_the_local_clock)

@@ -1,15 +1,8 @@
+#include <tests/support/test.h>
+
 #include <cstdlib>
-#include <stdexcept>
 
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/date_and_time.h>
 #include <tam/detail/win32.h>
-#include <tam/status/exceptions.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using tam::test::Swap;

@@ -1,15 +1,4 @@
-#include <tam/file/directory_iterator.h>
-
-#include <algorithm>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using tam::Tam_directory_iterator;
 using tam::Tam_status;

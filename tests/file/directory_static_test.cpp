@@ -1,14 +1,6 @@
-#include <string>
-
-#include <gtest/gtest.h>
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/file/directory.h>
-#include <tam/file/directory_iterator.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/temporary_folder.h>
 
 using tam::Tam_directory;
 using tam::Tam_directory_iterator;

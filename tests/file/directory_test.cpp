@@ -1,16 +1,4 @@
-#include <tam/file/directory.h>
-
-#include <cstring>
-#include <cwchar>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using tam::Tam_directory;
 using tam::Tam_object_vector;

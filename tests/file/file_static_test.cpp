@@ -1,18 +1,6 @@
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/file/file.h>
-#include <tam/file/file_buffer.h>
-#include <tam/file/file_system.h>
-#include <tam/security/security.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/temporary_folder.h>
 
 using namespace tam;
 using test::chain;

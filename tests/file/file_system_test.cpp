@@ -1,10 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/file/file_system.h>
-#include <tests/support/chain.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::chain;

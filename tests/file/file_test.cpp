@@ -1,18 +1,4 @@
-#include <chrono>
-#include <future>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/file/file.h>
-#include <tam/file/file_system.h>
-#include <tam/security/security.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::chain;
@@ -369,25 +355,6 @@ TEST_F(File, remove_stops_at_what_it_cannot_delete)
     EXPECT_EQ(chain(m_status), L"C2000024(" + folder + L") 5");
     EXPECT_FALSE(exists(fixed));
     EXPECT_TRUE(exists(folder) && exists(last));
-}
-
-TEST_F(File, no_outcome_leaves_a_handle_open)
-{
-    const std::wstring path = m_folder.file(L"file", "abc");
-    ASSERT_TRUE(::CreateDirectoryW((m_folder / L"directory").c_str(), nullptr));
-    Tam_file::temp_name(m_folder.path(), L"tmp"); // the system keeps a handle from the first look at the clock
-    const unsigned int handles = test::open_handles();
-    {
-        Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
-        const Tam_file refused(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
-        file.close();
-        file.open(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
-        EXPECT_EQ(chain(m_status), L"");
-        Tam_file::remove(m_folder / L"*", m_status, false);
-        EXPECT_FALSE(m_status.ok());
-        Tam_file::temp_name(m_folder.path(), L"tmp");
-    }
-    EXPECT_EQ(test::open_handles(), handles);
 }
 
 // What follows proves Tam_file::temp_name.

@@ -1,16 +1,7 @@
-#include <atomic>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
+#include <tests/support/test.h>
 
-#include <tam/process/named_pipe.h>
-#include <tam/process/process.h>
-#include <tam/security/security.h>
 #include <tests/process/fixture.h>
 #include <tests/process/pattern.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
 
 using namespace tam;
 using test::chain;

@@ -1,19 +1,9 @@
-#include <algorithm>
-#include <iterator>
-#include <string>
+#include <tests/support/test.h>
 
-#include <windows.h>
+#include <iterator>
 
 #include <tam/detail/win32.h>
-#include <tam/process/anonymous_pipe.h>
-#include <tam/process/module.h>
-#include <tam/process/named_pipe.h>
-#include <tam/process/process.h>
-#include <tam/security/security.h>
 #include <tests/process/fixture.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using test::chain;

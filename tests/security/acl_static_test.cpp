@@ -1,29 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <cwchar>
-#include <functional>
-#include <map>
-#include <memory>
-#include <new>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <lmerr.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/security/lists.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using detail::win32;

@@ -1,21 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <sddl.h>
 
-#include <tam/tam.h>
 #include <tests/security/descriptors.h>
 #include <tests/security/lists.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using test::chain;
@@ -446,14 +435,4 @@ TEST(Acl, a_list_of_all_the_bytes_that_fit_takes_no_more_entries)
     shrunk.set_rights(TAM_TRUSTEE_USERS, TAM_ACCESS_GRANT, 1, status);
     EXPECT_TRUE(status.is_clear());
     EXPECT_EQ(Access::list(shrunk)->AclSize, 8 + 20 + 24);
-}
-
-TEST(Acl, copies_own_their_list)
-{
-    Tam_status status(5);
-    Tam_acl acl(TAM_TRUSTEE_USERS, 1, status);
-    const Tam_acl copy(acl, status);
-    EXPECT_TRUE(status.is_clear());
-    acl.set_rights(TAM_TRUSTEE_USERS, TAM_ACCESS_GRANT, 2, status);
-    EXPECT_EQ(entries_of(copy), Rows{L"0 00000001 S-1-5-32-545"});
 }

@@ -1,13 +1,6 @@
-#include <algorithm>
+#include <tests/support/test.h>
+
 #include <iterator>
-#include <string>
-#include <vector>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/status/codes.h>
 
 using namespace tam;
 

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
-#include <tests/support/chain.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using detail::win32;

@@ -1,12 +1,8 @@
-#include <set>
+#include <tests/support/test.h>
+
 #include <typeinfo>
 
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
 #include <tam/detail/rpc_exception.h>
-#include <tam/status/exception_translator.h>
 
 using namespace tam;
 
@@ -35,15 +31,6 @@ const char DENORMAL[] =
 const char UNKNOWN[] = "An unknown Microsoft structured exception has occurred.\r\n";
 
 } // namespace
-
-TEST(Sys_call_fail, says_the_name_of_the_call)
-{
-    try {
-        throw Tam_sys_call_fail("::CreateEvent");
-    } catch (const std::runtime_error& failure) {
-        EXPECT_STREQ(failure.what(), "::CreateEvent");
-    }
-}
 
 TEST(System_exception, is_empty_without_a_record)
 {

@@ -1,15 +1,6 @@
-#include <thread>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/status/exception_translator.h>
-#include <tam/status/exceptions.h>
-
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 

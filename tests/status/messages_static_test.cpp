@@ -1,15 +1,7 @@
-#include <new>
-#include <string>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/status.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using tam::test::chain;
@@ -71,21 +63,6 @@ TEST(Messages_list, asks_each_module_with_the_system_and_then_the_system_alone)
     list.format_message(Tam_status(0xC2000019), text);
     EXPECT_EQ(text, L"Error 0xc2000019\n");
     EXPECT_EQ(calls[3].id, 0xC2000019);
-}
-
-TEST(Messages_list, writes_the_fallback_for_codes_that_the_system_would_know)
-{
-    const Swap guard(detail::win32.format_message, &fail_to_format);
-    const Tam_messages_list list;
-    std::wstring text;
-    list.format_message(Tam_status(), text);
-    EXPECT_EQ(text, L"Success 0\n");
-    list.format_message(Tam_status(0x80000001), text);
-    EXPECT_EQ(text, L"Warning 0x1\n");
-    list.format_message(Tam_status(0x40000001), text);
-    EXPECT_EQ(text, L"Information 0x1\n");
-    list.format_message(Tam_status(0x20000000), text);
-    EXPECT_EQ(text, L"Error 0\n");
 }
 
 TEST(Messages_list, reports_the_systems_reason_when_a_module_cannot_be_loaded)

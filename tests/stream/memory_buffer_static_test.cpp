@@ -1,12 +1,6 @@
-#include <tam/stream/memory_buffer.h>
+#include <tests/support/test.h>
 
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
 
 namespace tam {
 namespace {

@@ -1,18 +1,7 @@
-#include <tam/stream/page_buffer.h>
-
-#include <algorithm>
-#include <optional>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 namespace tam {
 namespace {

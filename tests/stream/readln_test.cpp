@@ -1,14 +1,5 @@
-#include <tam/stream/istream.h>
+#include <tests/support/test.h>
 
-#include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/unbuffered_istream.h>
 #include <tests/stream/vector_buffer.h>
 
 namespace tam {

@@ -1,23 +1,6 @@
 // Output streams with input streams over every kind of buffer: what one writes the others read back.
 
-#include <chrono>
-#include <future>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tam/file/file_buffer.h>
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/copy.h>
-#include <tam/stream/memory_buffer.h>
-#include <tam/stream/ostream.h>
-#include <tam/stream/raw_memory_buffer.h>
-#include <tam/stream/sub_buffer.h>
-#include <tam/stream/unbuffered_istream.h>
-#include <tests/support/chain.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 namespace tam {
 namespace {
@@ -91,32 +74,6 @@ using Pairs = testing::Types<Pair<Tam_memory_buffer>, Pair<Tam_memory_buffer_mt>
                              File_pair<Tam_file_buffer>, File_pair<Tam_file_buffer_mt>>;
 TYPED_TEST_SUITE(Stream_pair, Pairs);
 
-TYPED_TEST(Stream_pair, integers_come_back_in_both_byte_orders)
-{
-    const auto exchange = [this](auto value) {
-        this->write(TAM_EOL_ANY, [&](Tam_ostream& out) {
-            out.write_le(value, this->m_status);
-            out.write_be(value, this->m_status);
-        });
-        this->read(TAM_EOL_ANY, [&](Tam_istream& in) {
-            auto little = value;
-            auto big = value;
-            in.read_le(little, this->m_status);
-            in.read_be(big, this->m_status);
-            EXPECT_EQ(chain(this->m_status), L"");
-            EXPECT_EQ(little, value);
-            EXPECT_EQ(big, value);
-            EXPECT_EQ(in.tell(), 2 * sizeof value);
-        });
-    };
-    exchange(static_cast<short>(-12345));
-    exchange(static_cast<unsigned short>(54321));
-    exchange(-1234567890);
-    exchange(3234567890U);
-    exchange(-1234567890123456789LL);
-    exchange(12345678901234567890ULL);
-}
-
 TYPED_TEST(Stream_pair, lines_come_back_under_every_convention)
 {
     const std::vector<std::string> lines{"", "one", std::string(5000, 'x'), "\x80\xFF", ""};
@@ -151,16 +108,6 @@ TYPED_TEST(Stream_pair, lines_come_back_under_every_convention)
             EXPECT_EQ(chain(this->m_status), L"C2000019");
         });
     }
-}
-
-TYPED_TEST(Stream_pair, a_second_writer_is_refused)
-{
-    const Tam_ostream first(this->m_pair.buffer, this->m_status, TAM_EOL_LF);
-    EXPECT_EQ(chain(this->m_status), L"");
-    Tam_ostream second(this->m_pair.buffer, this->m_status, TAM_EOL_LF);
-    EXPECT_EQ(chain(this->m_status), L"C2000033");
-    second.writeln("x", this->m_status);
-    EXPECT_EQ(chain(this->m_status), L"C2000017");
 }
 
 TYPED_TEST(Stream_pair, a_copy_takes_what_remains)
@@ -211,44 +158,6 @@ TEST(Copy_stream, reports_a_failing_write_but_not_a_buffer_that_is_full)
     in.detach();
     tam_copy_stream(in, out, status);
     EXPECT_EQ(chain(status), L"C2000017");
-}
-
-// A reader that waits follows a writer in another thread line by line, until it detaches.
-template <class Pair>
-class Following_streams : public testing::Test {};
-
-using Following_pairs = testing::Types<Pair<Tam_memory_buffer_mt>, File_pair<Tam_file_buffer_mt>>;
-TYPED_TEST_SUITE(Following_streams, Following_pairs);
-
-TYPED_TEST(Following_streams, see_every_line_of_a_live_writer)
-{
-    constexpr unsigned int LINES = 15;
-    const auto text_of = [](unsigned int line) { return std::string(1 + line * 97 % 300, 'a') + std::to_string(line); };
-    const auto follow = [&]<class Stream>(std::type_identity<Stream>) {
-        TypeParam pair;
-        Tam_status status;
-        Tam_ostream out(pair.buffer, status, TAM_EOL_CR_LF);
-        auto lines = std::async(std::launch::async, [&] {
-            Tam_status end;
-            Stream in(pair.readable, true, end, TAM_EOL_CR_LF);
-            std::string line;
-            unsigned int count = 0;
-            for (in.readln(1000, line, end); end.ok(); in.readln(1000, line, end)) {
-                count += line == text_of(count);
-            }
-            return end == TAM_E_END_OF_DATA ? count : 0;
-        });
-        for (unsigned int line = 0; line < LINES; ++line) {
-            out.writeln(text_of(line), status); // two writes: the reader waits between them
-            EXPECT_EQ(chain(status), L"");
-        }
-        EXPECT_EQ(lines.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-        out.detach();
-        ASSERT_EQ(lines.wait_for(std::chrono::seconds(30)), std::future_status::ready);
-        EXPECT_EQ(lines.get(), LINES);
-    };
-    follow(std::type_identity<Tam_buffered_istream>());
-    follow(std::type_identity<Tam_unbuffered_istream>());
 }
 
 } // namespace

@@ -1,18 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <future>
-#include <new>
-#include <string>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
-#include <tests/support/unique_name.h>
 
 using namespace tam;
 using detail::win32;

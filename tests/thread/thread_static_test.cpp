@@ -1,22 +1,9 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <atomic>
 #include <cerrno>
-#include <future>
-#include <optional>
-#include <stdexcept>
-#include <string>
-
-#include <windows.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
 #include <tests/thread/handles.h>
 
 using namespace tam;

@@ -1,24 +1,7 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <array>
-#include <atomic>
-#include <climits>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
+#include <tests/support/run_child.h>
 #include <tests/thread/handles.h>
-#include <tests/thread/run_child.h>
 
 using namespace tam;
 using test::chain;
