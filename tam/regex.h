@@ -1,0 +1,7 @@
+#pragma once
+
+/// @file
+/// Regular expressions.
+
+#include <tam/regex/regular_expression.h>
+#include <tam/regex/wregular_expression.h>
