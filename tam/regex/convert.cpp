@@ -131,6 +131,11 @@ private:
 
     bool _is_at(const Char* at, char c) const { return at != m_end && *at == c; }
 
+    bool _is_at_one_of(const Char* at, std::string_view units) const
+    {
+        return std::any_of(units.begin(), units.end(), [&](char c) { return _is_at(at, c); });
+    }
+
     void _copy_to(const Char* end)
     {
         m_to.append(m_from, end);
@@ -154,10 +159,9 @@ private:
     Element _element(const Char* at) const
     {
         if (*at == BACKSLASH) {
-            const bool is_class = _is_at(at + 1, 'd') || _is_at(at + 1, 's') || _is_at(at + 1, 'w');
-            return {is_class ? Element::CLASS : Element::ESCAPE, _past_escape(at)};
+            return {_is_at_one_of(at + 1, "dDsSwW") ? Element::CLASS : Element::ESCAPE, _past_escape(at)};
         }
-        if (*at != '[' || !_is_at(at + 1, ':')) {
+        if (*at != '[' || !_is_at_one_of(at + 1, ":.=")) {
             return {Element::PLAIN, at + 1};
         }
         at = std::find_if(at + 2, m_end, [](Char c) { return c == ':' || c == ']'; });
