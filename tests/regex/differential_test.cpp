@@ -403,7 +403,7 @@ TEST(Regular_expression_differential, agrees_with_a_matcher_that_tries_all_place
     });
 }
 
-// Its expressions are slow, and take exponential time: fewer patterns, shorter texts.
+// It takes exponential time: fewer patterns, shorter texts.
 TEST(Regular_expression_differential, agrees_with_std_regex_where_both_mean_the_same)
 {
     with_random_patterns(PATTERNS / 10, [](unsigned int seed) {
@@ -423,7 +423,8 @@ TEST(Regular_expression_differential, agrees_with_std_regex_where_both_mean_the_
                 << tree.pattern() << " on " << text;
             if (is_found) {
                 ASSERT_EQ(start, static_cast<std::size_t>(found.position())) << tree.pattern() << " on " << text;
-                ASSERT_EQ(length, static_cast<std::size_t>(found.length())) << tree.pattern() << " on " << text;
+                // It does not always find the longest: of "baa_a" only two units for a?(.a_|a|a|a).
+                ASSERT_GE(length, static_cast<std::size_t>(found.length())) << tree.pattern() << " on " << text;
             }
             ASSERT_EQ(ours.match(text, status), std::regex_match(text, theirs)) << tree.pattern() << " on " << text;
         }
