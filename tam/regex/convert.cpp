@@ -258,7 +258,7 @@ private:
         return m_letters;
     }
 
-    static constexpr unsigned int SMALL_RANGE = 256; // units: to ask for each costs less than to find all letters
+    static constexpr unsigned int SMALL_RANGE = 64; // units: to ask for each costs less than to find all letters
 
     const Char* m_from;
     const Char* m_end;
