@@ -103,3 +103,24 @@ show 0 acl key 'CURRENT_USER\Software\tam demo' show
 show 0 acl key 'CURRENT_USER\Software\tam demo' test SYSTEM 9
 show 1 acl key 'CURRENT_USER\Software\tam demo' grant 'no such account' 1
 scripts/wine.sh reg delete 'HKCU\Software\tam demo' /f >/dev/null
+
+# same_as_grep ARGUMENT...: passes the output of the example on, and compares it with that of the system's grep, but for
+# the order of files and their separators.
+same_as_grep() {
+    local output
+    output=$(cat)
+    echo "$output"
+    if [ "$(tail -n +3 <<<"$output" | tr '\\' / | tr -d '\r' | sort)" != "$(grep -E "$@" | tr '\\' / | sort)" ]; then
+        echo "demo.sh: the system's grep does not agree: $*" >&2
+        exit 1
+    fi
+}
+echo
+echo "Lines that match a pattern, in text of bytes and of UTF-16:"
+show 0 grep -n '^(public|private):|~Tam_[a-z]+(_[a-z]+)*\(' 'tam/file/*_buffer.h' tam/file/path.h |
+    same_as_grep -n '^(public|private):|~Tam_[a-z]+(_[a-z]+)*\(' tam/file/*_buffer.h tam/file/path.h
+show 0 grep -ic '[[:space:]]tam_(upper|lower)' 'tam/text/case.*' | same_as_grep -ic '[[:space:]]tam_(upper|lower)' tam/text/case.*
+{ printf '\xFF\xFE' && iconv -f UTF-8 -t UTF-16LE CHANGELOG.md; } >build/demo/changes.txt
+show 0 grep -i '^- REGULAR|wildcards?' build/demo/changes.txt | same_as_grep -i '^- REGULAR|wildcards?' CHANGELOG.md
+show 1 grep 'nowhere in (it|them)' CHANGELOG.md
+show 2 grep '(a|b' CHANGELOG.md
