@@ -1,0 +1,234 @@
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include <tam/detail/find_unit.h>
+#include <tam/detail/line_reader.h>
+#include <tam/detail/regex.h>
+#include <tam/detail/regex_block_reader.h>
+
+// Searching the lines of a stream.
+
+namespace tam::detail {
+
+namespace {
+
+template <class Unit>
+struct Stored_units {
+    using Type = Wide_units_le;
+};
+
+template <>
+struct Stored_units<char> {
+    using Type = Byte_units;
+};
+
+// A line in a window, at its beginning.
+struct Found_line {
+    std::size_t length = 0; // without its end
+    std::size_t whole = 0;  // with it
+};
+
+// A part of a stream in memory. It begins with a line, and grows until that is whole.
+template <class Unit>
+class Line_window {
+public:
+    Line_window(const Tam_istream& stream, Tam_status& status)
+        : m_reader(stream, status), m_position(stream.tell()), m_eol(stream.eol()), m_units(BLOCK)
+    {}
+
+    const Unit* begin() const { return m_units.data() + m_first; }
+    const Unit* end() const { return m_units.data() + m_end; }
+
+    // The byte of the stream that the window begins with.
+    unsigned long long position() const { return m_position; }
+
+    // Reads on. False at the end of the data and when the status has a failure.
+    bool extend()
+    {
+        if (m_first != 0) {
+            std::copy(begin(), end(), m_units.data());
+            m_end -= m_first;
+            m_first = 0;
+        }
+        if (m_units.size() - m_end < BLOCK / 2) {
+            m_units.resize(2 * m_units.size());
+        }
+        const std::size_t read = m_reader.read(m_position + m_end * sizeof(Unit), m_units.data() + m_end, 1,
+                                               std::min(m_units.size() - m_end, BLOCK));
+        m_end += read;
+        m_tail = read == 0 ? m_reader.delivered() : 0;
+        return read != 0;
+    }
+
+    void drop(std::size_t units)
+    {
+        m_first += units;
+        m_position += units * sizeof(Unit);
+    }
+
+    // At the end of the data, with what was no whole unit there.
+    void drop_all()
+    {
+        drop(m_end - m_first);
+        m_position += m_tail;
+    }
+
+    // Extends the window until its first line is in it. False when there is none.
+    bool first_line(Found_line& line)
+    {
+        Line_scanner<Stored> scanner(m_eol);
+        std::size_t scanned = 0;
+        while (!scanner.ended()) {
+            const std::size_t rest = m_end - m_first - scanned;
+            if (rest != 0) {
+                scanned += _scan(scanner, scanned, rest);
+            } else if (!extend()) {
+                scanner.finish();
+                break;
+            }
+        }
+        line = {scanned - scanner.excluded(), scanned};
+        return scanned != 0;
+    }
+
+    // The number of lines that end before a place where one begins.
+    unsigned long long lines_before(std::size_t offset)
+    {
+        unsigned long long lines = 0;
+        for (std::size_t scanned = 0; scanned != offset; ++lines) {
+            Line_scanner<Stored> scanner(m_eol);
+            while (!scanner.ended() && scanned != offset) {
+                scanned += _scan(scanner, scanned, offset - scanned);
+            }
+        }
+        return lines;
+    }
+
+    // The last place at or before `offset`, but not before `least`, where a line begins; 0 when there is none.
+    std::size_t line_start(std::size_t offset, std::size_t least) const
+    {
+        while (offset > least && !_starts_line(offset)) {
+            --offset;
+        }
+        return offset > least || _starts_line(offset) ? offset : 0;
+    }
+
+private:
+    using Stored = typename Stored_units<Unit>::Type;
+
+    static constexpr std::size_t BLOCK = 65536 / sizeof(Unit);
+    static constexpr std::size_t MOST_TO_SCAN = std::size_t{1} << 30; // the scanner counts in 32 bits
+
+    std::size_t _scan(Line_scanner<Stored>& scanner, std::size_t offset, std::size_t count) const
+    {
+        return scanner.scan(reinterpret_cast<const unsigned char*>(begin() + offset),
+                            static_cast<unsigned int>(std::min(count, MOST_TO_SCAN)));
+    }
+
+    // Whether a line end lies right before the offset, as Line_scanner would find it.
+    bool _starts_line(std::size_t offset) const
+    {
+        const Unit* const at = begin() + offset;
+        switch (m_eol) {
+        case TAM_EOL_ANY:
+            return offset >= 1 && (at[-1] == '\n' || (at[-1] == '\r' && at != end() && at[0] != '\n' && at[0] != '\r'));
+        case TAM_EOL_LF:
+            return offset >= 1 && at[-1] == '\n';
+        case TAM_EOL_CR:
+            return offset >= 1 && at[-1] == '\r';
+        case TAM_EOL_CR_LF:
+            return offset >= 2 && at[-1] == '\n' && at[-2] == '\r';
+        default:
+            return false;
+        }
+    }
+
+    Regex_block_reader<Unit> m_reader;
+    unsigned long long m_position;
+    const Tam_eol m_eol;
+    std::vector<Unit> m_units;
+    std::size_t m_first = 0; // the window is [m_first, m_end) of m_units
+    std::size_t m_end = 0;
+    std::size_t m_tail = 0; // bytes behind the last unit, at the end of the data
+};
+
+// Drops lines from a window in which no match can begin. Sets candidate to where one can, in the first line. False when
+// all has been dropped.
+template <class Unit>
+bool skip_lines(Line_window<Unit>& window, const Unit_finder<Unit>& finder, bool numbered, unsigned long long& lines,
+                std::size_t& candidate)
+{
+    std::size_t searched = 0;
+    for (;;) {
+        const Unit* const found = finder.find(window.begin() + searched, window.end());
+        candidate = static_cast<std::size_t>(found - window.begin());
+        const bool none = found == window.end();
+        const std::size_t line = window.line_start(candidate, searched);
+        if (numbered) {
+            lines += window.lines_before(line);
+        }
+        window.drop(line);
+        candidate -= line;
+        if (!none) {
+            return true;
+        }
+        searched = candidate;
+        if (!window.extend()) {
+            window.drop_all();
+            return false;
+        }
+    }
+}
+
+} // namespace
+
+template <class Unit>
+void Regex<Unit>::grep(Tam_istream& stream, Callback callback, void* argument, bool numbered, unsigned int& count,
+                       Tam_status& status) const
+{
+    typename Pool::Lease cache(m_pool);
+    Line_window<Unit> window(stream, status);
+    String text;
+    unsigned long long number = 0;
+    for (bool goes_on = true; goes_on;) {
+        std::size_t from = 0;
+        Found_line line;
+        if ((m_finder.is_useful() && !skip_lines(window, m_finder, numbered, number, from)) ||
+            !window.first_line(line) || !status.ok()) {
+            window.drop_all();
+            break;
+        }
+        ++number;
+        if (_exists(*cache, window.begin(), line.length, from)) {
+            text.assign(window.begin(), line.length);
+            ++count;
+            goes_on = callback(text, number, argument);
+        }
+        window.drop(line.whole);
+    }
+    if (status.ok()) {
+        stream.seek(window.position());
+    }
+    cache.done();
+}
+
+// Whether a line contains a match, when none begins before `from`.
+template <class Unit>
+bool Regex<Unit>::_exists(Regex_cache<Unit>& cache, const Unit* line, std::size_t length, std::size_t from) const
+{
+    if (from > length) {
+        return false;
+    }
+    Run run =
+        _run(cache, Goal::EXISTS, from == 0 ? Regex_side::EDGE : m_alphabet.side(m_alphabet.class_of(line[from - 1])));
+    if (run.feed(line + from, length - from)) {
+        run.finish(m_alphabet.edge());
+    }
+    return run.matched();
+}
+
+template void Regex<char>::grep(Tam_istream&, Callback, void*, bool, unsigned int&, Tam_status&) const;
+template void Regex<wchar_t>::grep(Tam_istream&, Callback, void*, bool, unsigned int&, Tam_status&) const;
+
+} // namespace tam::detail

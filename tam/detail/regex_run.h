@@ -1,0 +1,161 @@
+#pragma once
+
+#include <cstddef>
+
+#include <tam/detail/regex_automaton.h>
+#include <tam/detail/unit_finder.h>
+
+namespace tam::detail {
+
+// One run of an automaton over a text that comes in pieces, forwards or backwards.
+template <class Unit, bool BACKWARDS = false>
+class Regex_run {
+public:
+    // before is what lies before the text, in the direction of the run.
+    Regex_run(Regex_automaton& automaton, const Regex_alphabet& alphabet, Regex_side before,
+              const Unit_finder<Unit>* finder = nullptr)
+        : m_automaton(automaton),
+          m_alphabet(alphabet),
+          m_finder(finder != nullptr && finder->is_useful() ? finder : nullptr)
+    {
+        _go_to(automaton.start(before));
+    }
+
+    // Takes the next count units: those from `units` on, or backwards those that end there. False when nothing that
+    // follows can change the result.
+    bool feed(const Unit* units, std::size_t count)
+    {
+        if (!m_ended) {
+            _feed(units, BACKWARDS ? units - count : units + count);
+            m_taken += count;
+        }
+        return !m_ended;
+    }
+
+    // Tells the class of what follows behind the text.
+    void finish(unsigned int unit_class)
+    {
+        if (!m_ended) {
+            Code code = UNKNOWN;
+            if (m_code != Regex_automaton::LIVE) {
+                code = m_automaton.table()[static_cast<unsigned int>(m_code) + unit_class];
+            }
+            if (code == UNKNOWN) {
+                code = m_automaton.step(m_code, unit_class, m_taken);
+            }
+            _look_at(code, m_taken, unit_class);
+            m_ended = true;
+        }
+    }
+
+    bool matched() const { return m_matched; }
+
+    // Units that were taken before the last match ended.
+    unsigned long long match_end() const { return m_match_end; }
+
+    // The class of what follows behind the match.
+    unsigned int class_behind() const { return m_class_behind; }
+
+private:
+    using Code = Regex_automaton::Code;
+    static constexpr Code UNKNOWN = Regex_automaton::SPECIAL | Regex_automaton::UNKNOWN;
+
+    // Skipping that brings less than so many units on the average is not worth its start.
+    static constexpr std::size_t LEAST_SKIP = 16;
+    static constexpr std::size_t SKIPS_TO_JUDGE = 16;
+
+    static Unit _take(const Unit*& at) { return BACKWARDS ? *--at : *at++; }
+
+    void _go_to(Code code)
+    {
+        m_code = code < 0 ? code & Regex_automaton::TARGET : code;
+        m_ended = m_code == Regex_automaton::DEAD;
+    }
+
+    // Goes where a code leads that came with the unit behind `position` units.
+    void _look_at(Code code, unsigned long long position, unsigned int unit_class)
+    {
+        if (code < 0 && (code & Regex_automaton::MATCHED) != 0) {
+            m_matched = true;
+            m_match_end = position;
+            m_class_behind = unit_class;
+        }
+        _go_to(code);
+    }
+
+    void _feed(const Unit* const begin, const Unit* const end)
+    {
+        const auto position_of = [this, begin](const Unit* at) {
+            return m_taken + static_cast<unsigned long long>(BACKWARDS ? begin - at : at - begin);
+        };
+        const Unit* at = begin;
+        while (at != end && !m_ended) {
+            const Code start_rows = m_finder == nullptr ? 0 : m_automaton.start_rows();
+            if (m_code < start_rows) {
+                at = _skip(at, end);
+                if (at == end) {
+                    return;
+                }
+            }
+            // Takes units as long as only rows come up.
+            Code code = m_code;
+            unsigned int unit_class = 0;
+            if (code == Regex_automaton::LIVE) {
+                unit_class = m_alphabet.class_of(_take(at));
+                code = UNKNOWN;
+            } else {
+                const Code* const table = m_automaton.table();
+                for (;;) {
+                    unit_class = m_alphabet.class_of(_take(at));
+                    const Code next = table[static_cast<unsigned int>(code) + unit_class];
+                    if (next < start_rows) {
+                        m_code = code;
+                        code = next;
+                        break;
+                    }
+                    code = next;
+                    if (at == end) {
+                        break;
+                    }
+                }
+            }
+            const unsigned long long before = position_of(at) - 1;
+            if (code == UNKNOWN) {
+                code = m_automaton.step(m_code, unit_class, before);
+            }
+            _look_at(code, before, unit_class);
+        }
+    }
+
+    // Goes from a start row to the next place where a match can begin.
+    const Unit* _skip(const Unit* from, const Unit* end)
+    {
+        const Unit* const found = m_finder->find(from, end);
+        if (found != from) {
+            _go_to(m_automaton.restart(m_alphabet.side(m_alphabet.class_of(found[-1]))));
+        }
+        m_skipped += static_cast<std::size_t>(found - from);
+        if (++m_skips == SKIPS_TO_JUDGE) {
+            if (m_skipped < LEAST_SKIP * SKIPS_TO_JUDGE) {
+                m_finder = nullptr;
+            }
+            m_skips = 0;
+            m_skipped = 0;
+        }
+        return found;
+    }
+
+    Regex_automaton& m_automaton;
+    const Regex_alphabet& m_alphabet;
+    const Unit_finder<Unit>* m_finder; // null when it is not used
+    Code m_code = 0;                   // a row, LIVE or DEAD
+    bool m_ended = false;
+    bool m_matched = false;
+    unsigned long long m_taken = 0;
+    unsigned long long m_match_end = 0;
+    unsigned int m_class_behind = 0;
+    std::size_t m_skips = 0; // since the last judgement
+    std::size_t m_skipped = 0;
+};
+
+} // namespace tam::detail
