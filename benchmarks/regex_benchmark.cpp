@@ -41,7 +41,8 @@ std::string alternation()
 {
     std::string pattern;
     for (const char* word : WORDS) {
-        pattern += (pattern.empty() ? "" : "|") + std::string(word);
+        pattern += pattern.empty() ? "" : "|";
+        pattern += word;
     }
     return pattern;
 }

@@ -158,6 +158,9 @@ public:
             Places reached = m_minimum == 0 ? starts : 0;
             for (unsigned int count = 1; count <= m_maximum; ++count) {
                 starts = m_parts.front().ends(text, starts);
+                if ((starts & ~reached) == 0) {
+                    break; // from there nothing new is reached either
+                }
                 reached |= count >= m_minimum ? starts : 0;
             }
             return reached;
