@@ -18,7 +18,16 @@ public:
           m_alphabet(alphabet),
           m_finder(finder != nullptr && finder->is_useful() ? finder : nullptr)
     {
-        _go_to(automaton.start(before));
+        begin(before);
+    }
+
+    // Begins anew, with another text.
+    void begin(Regex_side before)
+    {
+        m_matched = false;
+        m_taken = 0;
+        m_match_end = 0;
+        _go_to(m_automaton.start(before));
     }
 
     // Takes the next count units: those from `units` on, or backwards those that end there. False when nothing that
@@ -38,7 +47,7 @@ public:
         if (!m_ended) {
             Code code = UNKNOWN;
             if (m_code != Regex_automaton::LIVE) {
-                code = m_automaton.table()[static_cast<unsigned int>(m_code) + unit_class];
+                code = Regex_automaton::look_up(m_automaton.table(), m_code, unit_class);
             }
             if (code == UNKNOWN) {
                 code = m_automaton.step(m_code, unit_class, m_taken);
@@ -97,28 +106,13 @@ private:
                     return;
                 }
             }
-            // Takes units as long as only rows come up.
-            Code code = m_code;
-            unsigned int unit_class = 0;
-            if (code == Regex_automaton::LIVE) {
-                unit_class = m_alphabet.class_of(_take(at));
-                code = UNKNOWN;
+            Code code = UNKNOWN;
+            if (m_code == Regex_automaton::LIVE) {
+                _take(at);
             } else {
-                const Code* const table = m_automaton.table();
-                for (;;) {
-                    unit_class = m_alphabet.class_of(_take(at));
-                    const Code next = table[static_cast<unsigned int>(code) + unit_class];
-                    if (next < start_rows) {
-                        m_code = code;
-                        code = next;
-                        break;
-                    }
-                    code = next;
-                    if (at == end) {
-                        break;
-                    }
-                }
+                code = _walk(at, end, start_rows);
             }
+            const unsigned int unit_class = m_alphabet.class_of(BACKWARDS ? *at : at[-1]);
             const unsigned long long before = position_of(at) - 1;
             if (code == UNKNOWN) {
                 code = m_automaton.step(m_code, unit_class, before);
@@ -127,12 +121,49 @@ private:
         }
     }
 
+    // Takes units from one row to the next, up to the end or up to the first code below `limit`, which it returns.
+    // m_code is the row before that.
+    Code _walk(const Unit*& at, const Unit* const end, const Code limit)
+    {
+        constexpr std::ptrdiff_t UNROLLED = 4;
+        const Code* const table = m_automaton.table();
+        Code row = m_code;
+        const auto next = [&](std::ptrdiff_t index) {
+            const unsigned int unit_class = m_alphabet.class_of(BACKWARDS ? at[-1 - index] : at[index]);
+            return Regex_automaton::look_up(table, row, unit_class);
+        };
+        const auto left = [&] { return BACKWARDS ? at - end : end - at; };
+        const auto move = [&](std::ptrdiff_t units) { at += BACKWARDS ? -units : units; };
+        while (left() >= UNROLLED) {
+            for (std::ptrdiff_t i = 0; i != UNROLLED; ++i) {
+                const Code code = next(i);
+                if (code < limit) {
+                    move(i + 1);
+                    m_code = row;
+                    return code;
+                }
+                row = code;
+            }
+            move(UNROLLED);
+        }
+        while (left() != 0) {
+            const Code code = next(0);
+            move(1);
+            if (code < limit) {
+                m_code = row;
+                return code;
+            }
+            row = code;
+        }
+        return row;
+    }
+
     // Goes from a start row to the next place where a match can begin.
     const Unit* _skip(const Unit* from, const Unit* end)
     {
         const Unit* const found = m_finder->find(from, end);
         if (found != from) {
-            _go_to(m_automaton.restart(m_alphabet.side(m_alphabet.class_of(found[-1]))));
+            _go_to(m_automaton.restart(m_alphabet.class_of(found[-1])));
         }
         m_skipped += static_cast<std::size_t>(found - from);
         if (++m_skips == SKIPS_TO_JUDGE) {
