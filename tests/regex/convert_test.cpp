@@ -204,6 +204,7 @@ TEST(Remove_case, makes_the_set_of_the_forms_of_a_unit)
         {"[\\x41x]", "AXx"},
         {"[\\x61-c]", "abc"},
         {"[a-\\x63]", "abc"},
+        {"[\\101-C]", "ABC"},
         {"[[:xdigit:]g]", "0123456789ABCDEFGabcdefg"},
         {"[[:lower:]]", "abcdefghijklmnopqrstuvwxyz"},
         {"[\\w]", "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz"},
