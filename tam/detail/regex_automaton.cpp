@@ -57,6 +57,9 @@ Regex_automaton::Regex_automaton(const Regex_language& language, Goal goal, Tam_
             m_starts_later = m_starts_later || !m_draft.items.empty();
         }
     }
+    if (m_row_limit == LEAST_ROWS) {
+        m_table.reserve(std::size_t{LEAST_ROWS} * m_row); // no more than they need: they are long
+    }
     _empty();
 }
 

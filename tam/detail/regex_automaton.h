@@ -91,15 +91,20 @@ public:
     Code start_rows() const { return m_start_rows; }
     bool starts_later() const { return m_starts_later; }
 
+    // What Regex_run learns about the texts that it sees.
+    int& skip_credit() { return m_skip_credit; }
+
     // The code for the step from a row or from LIVE, with the MATCHED that belongs to it. Rows and table() are no longer
     // what they were. position grows by one with each unit since start(), and tells how much the table was used.
     Code step(Code from, unsigned int unit_class, unsigned long long position);
 
 private:
-    static constexpr unsigned int TABLE_CODES = 1U << 18;
-    static constexpr unsigned int LEAST_ROWS = 8; // however long they are
-    static constexpr unsigned int ITEMS = 1U << 17;
-    static constexpr unsigned int STATES = 1U << 14;
+    // With the reserves of the vectors they take less than 3 MiB.
+    static constexpr unsigned int TABLE_CODES = 1U << 17;
+    static constexpr unsigned int LEAST_ROWS =
+        6; // however long they are: four to start with, and one that does not fit anywhere else
+    static constexpr unsigned int ITEMS = 1U << 16;
+    static constexpr unsigned int STATES = 1U << 13;
     static constexpr unsigned int LEAST_SLOTS = 64;
     static constexpr unsigned int GROUP_END = std::numeric_limits<unsigned int>::max();
 
@@ -196,6 +201,7 @@ private:
     bool m_emptied = false; // since the search began
     unsigned long long m_emptied_at = 0;
     unsigned int m_live_left = 0;
+    int m_skip_credit = 0;
 
     Draft m_live;
     Draft m_draft;

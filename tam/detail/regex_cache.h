@@ -2,10 +2,14 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <tam/detail/regex_automaton.h>
+#include <tam/regex/regular_expression.h>
+#include <tam/stream/eol.h>
 
 namespace tam::detail {
 
@@ -49,7 +53,7 @@ private:
 template <class Unit>
 class Regex_cache_pool {
 public:
-    static constexpr std::size_t MAXIMUM = 16;
+    static constexpr std::size_t MAXIMUM = Tam_regular_expression::MAXIMUM_CACHES;
 
     using Cache = Regex_cache<Unit>;
 

@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include <tam/detail/find_unit.h>
 #include <tam/detail/line_reader.h>
 #include <tam/detail/regex.h>
 #include <tam/detail/regex_block_reader.h>
+#include <tam/regex/regular_expression.h>
 
 // Searching the lines of a stream.
 
@@ -118,7 +120,7 @@ public:
 private:
     using Stored = typename Stored_units<Unit>::Type;
 
-    static constexpr std::size_t BLOCK = 65536 / sizeof(Unit);
+    static constexpr std::size_t BLOCK = Tam_regular_expression::STREAM_BLOCK / sizeof(Unit);
     static constexpr std::size_t MOST_TO_SCAN = std::size_t{1} << 30; // the scanner counts in 32 bits
 
     std::size_t _scan(Line_scanner<Stored>& scanner, std::size_t offset, std::size_t count) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include <tam/detail/regex_automaton.h>
@@ -27,6 +28,7 @@ public:
         m_matched = false;
         m_taken = 0;
         m_match_end = 0;
+        m_automaton.skip_credit() = std::max(m_automaton.skip_credit(), 0);
         _go_to(m_automaton.start(before));
     }
 
@@ -69,9 +71,11 @@ private:
     using Code = Regex_automaton::Code;
     static constexpr Code UNKNOWN = Regex_automaton::SPECIAL | Regex_automaton::UNKNOWN;
 
-    // Skipping that brings less than so many units on the average is not worth its start.
-    static constexpr std::size_t LEAST_SKIP = 16;
-    static constexpr std::size_t SKIPS_TO_JUDGE = 16;
+    // Each skip costs as much as so many units; beyond what skips have brought lately, they are not worth it. While they
+    // are not, one is tried after each so many units, and in each search.
+    static constexpr int SKIP_COST = 16;
+    static constexpr int MAXIMUM_CREDIT = 16 * SKIP_COST;
+    static constexpr std::ptrdiff_t UNITS_TO_TRY_AGAIN = 4096;
 
     static Unit _take(const Unit*& at) { return BACKWARDS ? *--at : *at++; }
 
@@ -99,18 +103,24 @@ private:
         };
         const Unit* at = begin;
         while (at != end && !m_ended) {
-            const Code start_rows = m_finder == nullptr ? 0 : m_automaton.start_rows();
+            const bool skips = m_finder != nullptr && m_automaton.skip_credit() >= 0;
+            const Code start_rows = skips ? m_automaton.start_rows() : 0;
             if (m_code < start_rows) {
                 at = _skip(at, end);
                 if (at == end) {
                     return;
                 }
             }
+            const Unit* pause = end;
+            if (m_finder != nullptr && !skips && end - at > UNITS_TO_TRY_AGAIN) {
+                pause = at + UNITS_TO_TRY_AGAIN;
+                m_automaton.skip_credit() = 0;
+            }
             Code code = UNKNOWN;
             if (m_code == Regex_automaton::LIVE) {
                 _take(at);
             } else {
-                code = _walk(at, end, start_rows);
+                code = _walk(at, pause, start_rows);
             }
             const unsigned int unit_class = m_alphabet.class_of(BACKWARDS ? *at : at[-1]);
             const unsigned long long before = position_of(at) - 1;
@@ -165,14 +175,8 @@ private:
         if (found != from) {
             _go_to(m_automaton.restart(m_alphabet.class_of(found[-1])));
         }
-        m_skipped += static_cast<std::size_t>(found - from);
-        if (++m_skips == SKIPS_TO_JUDGE) {
-            if (m_skipped < LEAST_SKIP * SKIPS_TO_JUDGE) {
-                m_finder = nullptr;
-            }
-            m_skips = 0;
-            m_skipped = 0;
-        }
+        int& credit = m_automaton.skip_credit();
+        credit = static_cast<int>(std::min<std::ptrdiff_t>(credit - SKIP_COST + (found - from), MAXIMUM_CREDIT));
         return found;
     }
 
@@ -185,8 +189,6 @@ private:
     unsigned long long m_taken = 0;
     unsigned long long m_match_end = 0;
     unsigned int m_class_behind = 0;
-    std::size_t m_skips = 0; // since the last judgement
-    std::size_t m_skipped = 0;
 };
 
 } // namespace tam::detail

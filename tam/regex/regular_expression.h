@@ -37,11 +37,12 @@ class Regex;
 ///   - `(x)`: x. Groups are not recorded, and there are no references to them.
 ///   - `[abc]`, `[a-z]`, `[^a-z]`: a unit of the set, or one outside of it. Behind the opening bracket (and `^`) a `]`
 ///     stands for itself; so does a `-` that is first or last, or that follows a range or a class. `[:alpha:]` in a set
-///     stands for its class; so do alnum, blank, cntrl, digit, graph, lower, print, punct, space, upper and xdigit.
+///     is its class; the others are alnum, blank, cntrl, digit, graph, lower, print, punct, space, upper, word (that of
+///     `\w`) and xdigit.
 ///   - `.`: any unit but the line feed.
 ///   - `^`, `$`: the start and the end of the text. With line borders `^` also matches behind each line feed, `$` before.
 ///   - `\d`, `\s`, `\w`: a digit, white space, a word unit (a letter, a digit or `_`); `\D`, `\S`, `\W`: any other unit.
-///     The first three also stand in sets.
+///     They stand in sets too.
 ///   - `\b`: a place where just one of its two neighbours is a word unit, the borders of the text being none. In a set
 ///     it is the backspace.
 ///   - `\` and anything else: what tam_unquote() makes of it, so `\n` is the line feed, `\x2A` and `\52` are the `*`, and
@@ -55,10 +56,10 @@ class Regex;
 /// the shortest match that starts there, search_longest() the longest. The time of a search is proportional to the
 /// length of the text for every pattern, and its memory is bounded (see MAXIMUM_CACHE_BYTES).
 ///
-/// What a stream is searched for starts at its position and ends with its data. It is read with read_at, in blocks of
-/// STREAM_BLOCK bytes, forwards; the start of a match may take a second reading, backwards from its end. A read that
-/// delivers nothing ends the data. On success the stream's position is moved as each operation says. After a failure it
-/// is as it was.
+/// The text of a stream begins at its position and ends with its data. It is read with read_at, in blocks of STREAM_BLOCK
+/// bytes at most, forwards; to find where a match starts may take a second reading, backwards from its end. A read that
+/// delivers nothing ends the data. The stream's position is moved behind a match (grep says what it does); without a
+/// match, and after a failure, it is as it was.
 ///
 /// Every operation with a status clears it first; on return it holds, besides what is said there:
 ///   - TAM_E_PATTERN_NOT_COMPILED (0xC2000066): the object has no pattern;
@@ -78,8 +79,9 @@ public:
     /// counted repeat takes those of its parts so often as they can be repeated.
     static constexpr unsigned int MAXIMUM_STATES = 10000;
 
-    /// The bound of the memory that one search takes, beyond what the compiled pattern takes and, in grep, the line. Up to
-    /// MAXIMUM_CACHES such pieces of memory are kept with a compiled pattern for later searches.
+    /// The bound of the memory that a search works with, beyond the compiled pattern and, in grep, the line. What it was
+    /// used for makes later searches faster, so up to MAXIMUM_CACHES such memories are kept with a compiled pattern: one
+    /// for each search that was under way at the same time.
     static constexpr unsigned int MAXIMUM_CACHE_BYTES = 16U << 20;
     static constexpr unsigned int MAXIMUM_CACHES = 16;
 
@@ -134,13 +136,11 @@ public:
     bool search_longest(const std::string& text, std::size_t from, std::size_t& start, std::size_t& length,
                         Tam_status& status) const;
 
-    /// Whether the pattern matches all from the stream's position to its end. The stream is left at its end, and where
-    /// it was when the pattern does not match.
+    /// Whether the pattern matches all from the stream's position to its end.
     bool match(Tam_istream& stream, Tam_status& status) const;
 
     /// Finds the leftmost match from the stream's position on, and of those the shortest. start counts from the
-    /// beginning of the stream. `^` matches at the position. The stream is left behind the match, and without one at
-    /// its end.
+    /// beginning of the stream. `^` matches at the position: what lies before is not looked at.
     bool search(Tam_istream& stream, unsigned long long& start, unsigned long long& length, Tam_status& status) const;
 
     /// The same with the longest match.
