@@ -41,8 +41,8 @@ public:
     bool search(Goal goal, Tam_istream& stream, unsigned long long& start, unsigned long long& length,
                 Tam_status& status) const;
 
-    // Calls callback as Tam_regular_expression says; count counts the calls. numbered: whether the callback looks at the
-    // numbers of lines.
+    // Calls callback as Tam_regular_expression says; count counts the calls. numbered: whether the callback looks at
+    // the numbers of lines.
     void grep(Tam_istream& stream, Callback callback, void* argument, bool numbered, unsigned int& count,
               Tam_status& status) const;
 

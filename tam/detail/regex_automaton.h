@@ -28,8 +28,9 @@ struct Regex_language {
 // later; for the shortest match the group is dropped too, for the longest it goes on. When no group is left, the last
 // match reported was the leftmost one. Where only its existence counts, all starts share one group.
 //
-// Whether a state matches shows with the next unit, because assertions look at it. So the step with a unit tells whether
-// there is a match that ends before that unit. The step with the alphabet's edge tells it at the end of the text.
+// Whether a state matches shows with the next unit, because assertions look at it. So the step with a unit tells
+// whether there is a match that ends before that unit. The step with the alphabet's edge tells it at the end of the
+// text.
 //
 // States are rows of one table, by the class of the next unit:
 //
@@ -94,8 +95,8 @@ public:
     // What Regex_run learns about the texts that it sees.
     int& skip_credit() { return m_skip_credit; }
 
-    // The code for the step from a row or from LIVE, with the MATCHED that belongs to it. Rows and table() are no longer
-    // what they were. position grows by one with each unit since start(), and tells how much the table was used.
+    // The code for the step from a row or from LIVE, with the MATCHED that belongs to it. Rows and table() are no
+    // longer what they were. position grows by one with each unit since start(), and tells how much the table was used.
     Code step(Code from, unsigned int unit_class, unsigned long long position);
 
 private:
@@ -110,7 +111,7 @@ private:
 
     // A table that was filled within less than this many units for each of its rows is not worth its making.
     static constexpr unsigned int UNITS_PER_STATE = 10;
-    static constexpr unsigned int LIVE_UNITS = 1U << 16;
+    static constexpr unsigned int LIVE_UNITS = 1U << 14;
 
     struct State {
         unsigned int first = 0; // of its items

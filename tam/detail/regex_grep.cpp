@@ -172,7 +172,7 @@ public:
         m_run.begin(Regex_side::EDGE);
         std::size_t searched = 0;
         for (unsigned long long dropped = 0;;) {
-            if (m_run.feed(m_window.begin() + searched, m_window.size() - searched)) {
+            if (_feed_lines(searched) || m_run.feed(m_window.begin() + searched, m_window.size() - searched)) {
                 const std::size_t line = _drop_before(m_window.size(), searched);
                 dropped += line;
                 searched = m_window.size();
@@ -206,8 +206,39 @@ private:
         return line;
     }
 
+    // Feeds what the window has from `searched` on, by several lines at once. False, and nothing is fed, when that cannot
+    // be done.
+    bool _feed_lines(std::size_t searched)
+    {
+        if (m_run.skips() || m_window.size() - searched < LEAST_FOR_LANES) {
+            return false;
+        }
+        if (m_pause != 0) {
+            --m_pause;
+            return false;
+        }
+        const Unit* borders[Run::LANES + 1] = {m_window.begin() + searched};
+        for (std::size_t lane = 1; lane != Run::LANES; ++lane) {
+            const std::size_t wanted = searched + (m_window.size() - searched) / Run::LANES * lane;
+            borders[lane] = m_window.begin() + m_window.line_start(wanted, searched);
+            if (borders[lane] <= borders[lane - 1]) {
+                return false;
+            }
+        }
+        borders[Run::LANES] = m_window.end();
+        if (!m_run.feed_lines(borders)) {
+            m_pause = PAUSE;
+            return false;
+        }
+        return true;
+    }
+
+    static constexpr std::size_t LEAST_FOR_LANES = 4096; // units
+    static constexpr unsigned int PAUSE = 4;             // windows, after one that had something to tell
+
     Run m_run;
     Line_window<Unit>& m_window;
+    unsigned int m_pause = 0;
     const unsigned int m_edge;
     const bool m_numbered;
     unsigned long long m_lines = 0;

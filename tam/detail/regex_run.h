@@ -43,6 +43,47 @@ public:
         return !m_ended;
     }
 
+    static constexpr std::size_t LANES = 4;
+
+    // Takes all units between the first border and the last one, where a new line begins at each border between: lines
+    // do not depend on each other, so that several automata can run at once, each in the time that the others wait for
+    // memory. True when they came through with nothing to tell; else nothing was taken.
+    bool feed_lines(const Unit* const (&borders)[LANES + 1])
+    {
+        if (m_ended || m_code == Regex_automaton::LIVE) {
+            return false;
+        }
+        const Code* const table = m_automaton.table();
+        const Code start = m_automaton.restart(m_alphabet.edge());
+        Code rows[LANES] = {m_code, start, start, start};
+        std::ptrdiff_t common = borders[1] - borders[0];
+        for (std::size_t lane = 1; lane != LANES; ++lane) {
+            common = std::min(common, borders[lane + 1] - borders[lane]);
+        }
+        for (std::ptrdiff_t i = 0; i < common; ++i) {
+            for (std::size_t lane = 0; lane != LANES; ++lane) {
+                rows[lane] = Regex_automaton::look_up(table, rows[lane], m_alphabet.class_of(borders[lane][i]));
+            }
+            if ((rows[0] | rows[1] | rows[2] | rows[3]) < 0) {
+                return false;
+            }
+        }
+        for (std::size_t lane = 0; lane != LANES; ++lane) {
+            for (const Unit* at = borders[lane] + common; at != borders[lane + 1]; ++at) {
+                rows[lane] = Regex_automaton::look_up(table, rows[lane], m_alphabet.class_of(*at));
+                if (rows[lane] < 0) {
+                    return false;
+                }
+            }
+        }
+        m_code = rows[LANES - 1];
+        m_taken += static_cast<unsigned long long>(borders[LANES] - borders[0]);
+        return true;
+    }
+
+    // Whether places where no match can begin are skipped at present.
+    bool skips() const { return m_finder != nullptr && m_automaton.skip_credit() >= 0; }
+
     // Tells the class of what follows behind the text.
     void finish(unsigned int unit_class)
     {
@@ -71,8 +112,8 @@ private:
     using Code = Regex_automaton::Code;
     static constexpr Code UNKNOWN = Regex_automaton::SPECIAL | Regex_automaton::UNKNOWN;
 
-    // Each skip costs as much as so many units; beyond what skips have brought lately, they are not worth it. While they
-    // are not, one is tried after each so many units, and in each search.
+    // A skip costs as much as so many units. While skips have brought less than that lately, only some are tried: one
+    // in each search, and one after each so many units.
     static constexpr int SKIP_COST = 16;
     static constexpr int MAXIMUM_CREDIT = 16 * SKIP_COST;
     static constexpr std::ptrdiff_t UNITS_TO_TRY_AGAIN = 4096;
@@ -103,8 +144,8 @@ private:
         };
         const Unit* at = begin;
         while (at != end && !m_ended) {
-            const bool skips = m_finder != nullptr && m_automaton.skip_credit() >= 0;
-            const Code start_rows = skips ? m_automaton.start_rows() : 0;
+            const bool skipping = skips();
+            const Code start_rows = skipping ? m_automaton.start_rows() : 0;
             if (m_code < start_rows) {
                 at = _skip(at, end);
                 if (at == end) {
@@ -112,15 +153,17 @@ private:
                 }
             }
             const Unit* pause = end;
-            if (m_finder != nullptr && !skips && end - at > UNITS_TO_TRY_AGAIN) {
+            if (m_finder != nullptr && !skipping && end - at > UNITS_TO_TRY_AGAIN) {
                 pause = at + UNITS_TO_TRY_AGAIN;
-                m_automaton.skip_credit() = 0;
             }
             Code code = UNKNOWN;
             if (m_code == Regex_automaton::LIVE) {
                 _take(at);
             } else {
                 code = _walk(at, pause, start_rows);
+                if (at == pause && pause != end) {
+                    m_automaton.skip_credit() = 0;
+                }
             }
             const unsigned int unit_class = m_alphabet.class_of(BACKWARDS ? *at : at[-1]);
             const unsigned long long before = position_of(at) - 1;

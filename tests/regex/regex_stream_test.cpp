@@ -46,6 +46,39 @@ public:
         return true;
     }
 
+    // Lines read one by one and searched as strings are what grep has to find, wherever its blocks end.
+    void expect_lines_of(const Expression& expression, const std::string& text)
+    {
+        buffer.data = "?" + test::bytes(Kind::text(text)) + std::string(UNIT - 1, 'x');
+        for (const unsigned int eol : {0, 1, 2, 3, 4}) {
+            const auto stream = open(static_cast<Tam_eol>(eol));
+            Lines expected;
+            stream->seek(1);
+            for (unsigned long long number = 1;; ++number) {
+                String line;
+                if constexpr (UNIT == 1) {
+                    stream->readln(100000, line, status);
+                } else {
+                    stream->wreadln(100000, line, status);
+                }
+                if (status == TAM_E_END_OF_DATA) {
+                    break;
+                }
+                std::size_t start = 0;
+                std::size_t length = 0;
+                if (expression.search(line, 0, start, length, status)) {
+                    expected.emplace_back(number, line);
+                }
+            }
+            Lines found;
+            stream->seek(1);
+            EXPECT_EQ(expression.grep(*stream, collect, &found, status), expected.size());
+            ASSERT_EQ(found, expected) << eol;
+            EXPECT_TRUE(status.is_clear());
+            EXPECT_EQ(stream->tell(), buffer.data.size());
+        }
+    }
+
     test::Vector_buffer buffer;
     Tam_status status;
 };
@@ -96,7 +129,6 @@ TYPED_TEST(Regex_stream, finds_what_the_same_search_finds_in_a_string)
     }
 }
 
-// Lines read one by one and searched as strings are what grep has to find, wherever its blocks end.
 TYPED_TEST(Regex_stream, grep_finds_the_lines_that_a_search_line_by_line_finds)
 {
     std::mt19937 random(11);
@@ -108,36 +140,26 @@ TYPED_TEST(Regex_stream, grep_finds_the_lines_that_a_search_line_by_line_finds)
             for (unsigned int length = random() % 40; length != 0; --length) {
                 text += "aaaabbb\r\n \r\n"[random() % 12];
             }
-            this->buffer.data = "?" + test::bytes(TypeParam::text(text)) + std::string(this->UNIT - 1, 'x');
             const unsigned int most = 1 + random() % 5;
             this->buffer.portion = [most](unsigned long long) { return most; };
-            for (const unsigned int eol : {0, 1, 2, 3, 4}) {
-                const auto stream = this->open(static_cast<Tam_eol>(eol));
-                typename TestFixture::Lines expected;
-                stream->seek(1);
-                for (unsigned long long number = 1;; ++number) {
-                    typename TypeParam::String line;
-                    if constexpr (sizeof line[0] == 1) {
-                        stream->readln(1000, line, this->status);
-                    } else {
-                        stream->wreadln(1000, line, this->status);
-                    }
-                    if (this->status == TAM_E_END_OF_DATA) {
-                        break;
-                    }
-                    std::size_t start = 0;
-                    std::size_t length = 0;
-                    if (expression.search(line, 0, start, length, this->status)) {
-                        expected.emplace_back(number, line);
-                    }
-                }
-                typename TestFixture::Lines found;
-                stream->seek(1);
-                EXPECT_EQ(expression.grep(*stream, this->collect, &found, this->status), expected.size());
-                ASSERT_EQ(found, expected) << pattern << " in " << testing::PrintToString(text) << " eol " << eol;
-                EXPECT_TRUE(this->status.is_clear());
-                EXPECT_EQ(stream->tell(), this->buffer.data.size());
+            SCOPED_TRACE(std::string(pattern) + " in " + testing::PrintToString(text));
+            this->expect_lines_of(expression, text);
+        }
+    }
+}
+
+TYPED_TEST(Regex_stream, grep_finds_rare_lines_in_long_texts)
+{
+    std::mt19937 random(12);
+    for (const char* const pattern : {"[a-c]b", "c*ab$", "(^| )a", "ab"}) {
+        const auto expression = this->compiled(pattern);
+        for (unsigned int quarter = 0; quarter != 5; ++quarter) {
+            std::string text;
+            for (unsigned int length = 0; length != 12000; ++length) {
+                text += length == quarter * 2999 ? "ab" : std::string(1, "ccccccc \r\n\r\n"[random() % 12]);
             }
+            SCOPED_TRACE(std::string(pattern) + " " + std::to_string(quarter));
+            this->expect_lines_of(expression, text + text);
         }
     }
 }

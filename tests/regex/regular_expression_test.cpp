@@ -185,7 +185,7 @@ TYPED_TEST(Regular_expression, takes_patterns_up_to_its_bound)
     };
     EXPECT_TRUE(matches("a{9999}", std::string(9999, 'a')));
     EXPECT_FALSE(matches("a{9999}", std::string(9998, 'a')));
-    EXPECT_TRUE(matches("(a?){0,3333}", std::string(3000, 'a')));
+    EXPECT_TRUE(matches("(a?){0,3333}", std::string(300, 'a')));
     EXPECT_TRUE(matches(std::string(100000, '(') + "a" + std::string(100000, ')'), "a"));
     EXPECT_TRUE(matches("a" + std::string(100000, '*'), "aaa"));
     EXPECT_TRUE(matches("((a{1000}){1000}){0}", ""));
@@ -220,7 +220,7 @@ TYPED_TEST(Regular_expression, without_a_pattern_reports_that)
 TYPED_TEST(Regular_expression, finds_matches_when_its_cache_overflows)
 {
     std::mt19937 random(5);
-    std::string letters(300000, 'b');
+    std::string letters(60000, 'b');
     for (char& letter : letters) {
         letter = random() % 2 == 0 ? 'a' : 'b';
     }
@@ -233,7 +233,7 @@ TYPED_TEST(Regular_expression, finds_matches_when_its_cache_overflows)
     EXPECT_TRUE(whole.search_longest(text, 1, start, length, status));
     EXPECT_EQ(start, 1U);
     EXPECT_EQ(length, letters.rfind('a', letters.size() - 17) + 16);
-    for (std::size_t cut = 0; cut != 8; ++cut) {
+    for (std::size_t cut = 0; cut != 4; ++cut) {
         EXPECT_EQ(whole.match(text.substr(cut), status), letters[letters.size() - 17] == 'a');
     }
     EXPECT_FALSE(none.search(text, 0, start, length, status));
