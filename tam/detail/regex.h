@@ -41,8 +41,8 @@ public:
     bool search(Goal goal, Tam_istream& stream, unsigned long long& start, unsigned long long& length,
                 Tam_status& status) const;
 
-    // Calls callback as Tam_regular_expression says; count counts the calls. numbered: whether the callback looks at the
-    // numbers of lines.
+    // Calls callback as Tam_regular_expression says; count counts the calls. numbered: whether the callback looks at
+    // the numbers of lines.
     void grep(Tam_istream& stream, Callback callback, void* argument, bool numbered, unsigned int& count,
               Tam_status& status) const;
 
@@ -68,7 +68,8 @@ private:
 
     bool _length_is_fixed() const { return m_shortest == m_longest && m_longest != Regex_tree::UNBOUNDED; }
 
-    bool _exists(Regex_cache<Unit>& cache, const Unit* line, std::size_t length, std::size_t from) const;
+    class Line_search;
+    bool _exists(Regex_cache<Unit>& cache, const Unit* line, std::size_t length) const;
 
     struct Stream_text;
     unsigned long long _match_length(Regex_cache<Unit>& cache, Goal goal, const Run& found, Stream_text& text) const;

@@ -74,9 +74,8 @@ Regex_alphabet::Regex_alphabet(const std::vector<Unit_set>& sets, unsigned int m
     for (const Unit_set& set : sets) {
         partition.divide(set);
     }
-    if (line_feed_matters) {
-        partition.divide(line_feed);
-    }
+    partition.divide(line_feed);
+    partition.divide(Unit_set('\r'));
     if (word_matters) {
         partition.divide(word);
     }

@@ -19,7 +19,7 @@ constexpr unsigned int REGEX_SIDES = 4;
 //     m_page_starts[unit / PAGE] -> page in m_classes, indexed by unit % PAGE
 class Regex_alphabet {
 public:
-    // Line feeds and word units are classes of their own, and sides, where they matter.
+    // CR and LF are classes of their own. Line feeds and word units are sides where they matter.
     Regex_alphabet(const std::vector<Unit_set>& sets, unsigned int maximum, bool line_feed_matters, bool word_matters);
 
     unsigned int classes() const { return static_cast<unsigned int>(m_sides.size()) - 1; }

@@ -32,22 +32,33 @@ void Regex_automaton::Marks::clear()
     }
 }
 
-Regex_automaton::Regex_automaton(const Regex_language& language, Goal goal)
+Regex_automaton::Regex_automaton(const Regex_language& language, Goal goal, Tam_eol eol)
     : m_language(language),
       m_goal(goal),
+      m_merges(goal == Goal::EXISTS || goal == Goal::LINES),
       m_searches(searches(goal)),
+      m_cr_class(language.alphabet.class_of('\r')),
+      m_lf_class(language.alphabet.class_of('\n')),
       m_row(language.alphabet.classes() + 1),
       m_row_limit(std::min(std::max(TABLE_CODES / m_row, LEAST_ROWS), STATES)),
       m_slots(LEAST_SLOTS),
       m_added(language.program.states.size()),
       m_passed(language.program.states.size())
 {
-    if (m_searches) {
+    if (goal == Goal::LINES) {
+        const bool is_pair = eol == TAM_EOL_CR_LF;
+        m_lf = is_pair ? Line_end::MAYBE : eol == TAM_EOL_LF || eol == TAM_EOL_ANY ? Line_end::YES : Line_end::NO;
+        m_cr = is_pair || eol == TAM_EOL_ANY ? Line_end::MAYBE : eol == TAM_EOL_CR ? Line_end::YES : Line_end::NO;
+        m_starts_later = true;
+    } else if (m_searches) {
         for (const Regex_side side : {Regex_side::OTHER, Regex_side::LINE_FEED}) {
             _begin_draft(m_draft, side);
             _add(m_draft, m_language.program.start);
             m_starts_later = m_starts_later || !m_draft.items.empty();
         }
+    }
+    if (m_row_limit == LEAST_ROWS) {
+        m_table.reserve(std::size_t{LEAST_ROWS} * m_row); // no more than they need: they are long
     }
     _empty();
 }
@@ -56,7 +67,7 @@ Regex_automaton::Code Regex_automaton::start(Regex_side before)
 {
     m_emptied = false;
     m_live_left = 0;
-    return restart(before);
+    return _start(before);
 }
 
 Regex_automaton::Code Regex_automaton::step(Code from, unsigned int unit_class, unsigned long long position)
@@ -66,7 +77,7 @@ Regex_automaton::Code Regex_automaton::step(Code from, unsigned int unit_class, 
         matched = _advance(m_live.items.data(), m_live.items.data() + m_live.items.size(), m_live.before,
                            m_live.searching, unit_class, m_draft);
     } else {
-        const State& state = m_states[static_cast<unsigned int>(from) / m_row];
+        const State& state = m_states[_state(from)];
         const unsigned int* const items = m_items.data() + state.first;
         matched = _advance(items, items + state.count, state.before, state.searching, unit_class, m_draft);
     }
@@ -103,7 +114,7 @@ Regex_automaton::Code Regex_automaton::step(Code from, unsigned int unit_class, 
         code = code_of(row);
     }
     if (from != LIVE) {
-        m_table[static_cast<unsigned int>(from) + unit_class] = code;
+        m_table[_state(from) * m_row + unit_class] = code;
     }
     return code;
 }
@@ -122,7 +133,7 @@ bool Regex_automaton::_holds(Regex_assertion assertion, Regex_side before, Regex
 
 bool Regex_automaton::_takes(const Regex_state& state, unsigned int unit_class) const
 {
-    return unit_class != m_language.alphabet.edge() &&
+    return unit_class != m_language.alphabet.edge() && _line_end(unit_class) != Line_end::YES &&
            m_language.sets[state.other].contains(m_language.alphabet.example(unit_class));
 }
 
@@ -181,7 +192,7 @@ bool Regex_automaton::_pass(Draft& draft, unsigned int program_state, Regex_side
             stack.push_back(state.next);
             break;
         case Regex_state::Kind::ASSERTION:
-            if (_holds(state.assertion, before, m_language.alphabet.side(unit_class))) {
+            if (_holds(state.assertion, before, _side(unit_class))) {
                 stack.push_back(state.next);
             }
             break;
@@ -209,7 +220,7 @@ void Regex_automaton::_end_group(Draft& draft, std::size_t first) const
 // Ends the last group, which began at `group`, and begins the group of the matches that start here.
 void Regex_automaton::_finish_draft(Draft& draft, std::size_t group)
 {
-    if (m_goal != Goal::EXISTS) {
+    if (!m_merges) {
         _end_group(draft, group);
         group = draft.items.size();
     }
@@ -239,7 +250,7 @@ void Regex_automaton::_draft_start(Draft& draft, Regex_side before)
 bool Regex_automaton::_advance(const unsigned int* items, const unsigned int* items_end, Regex_side before,
                                bool searching, unsigned int unit_class, Draft& draft)
 {
-    _begin_draft(draft, m_language.alphabet.side(unit_class));
+    _begin_draft(draft, _side(unit_class));
     const bool may_match = m_goal != Goal::WHOLE || unit_class == m_language.alphabet.edge();
     bool matched = false;
     std::size_t group = 0;
@@ -262,7 +273,7 @@ bool Regex_automaton::_advance(const unsigned int* items, const unsigned int* it
         matched = group_matched && may_match;
         if (matched && m_goal == Goal::SHORTEST) {
             draft.items.resize(group);
-        } else if (matched && m_goal == Goal::EXISTS) {
+        } else if (matched && m_merges) {
             draft.items.clear();
         } else if (items != items_end && !matched) {
             _end_group(draft, group);
@@ -287,7 +298,7 @@ Regex_automaton::Code Regex_automaton::_find_or_add(const Draft& draft)
         const unsigned int* const items = m_items.data() + state.first;
         if (state.hash == hash.value() && state.before == draft.before && state.searching == draft.searching &&
             std::equal(items, items + state.count, draft.items.begin(), draft.items.end())) {
-            return static_cast<Code>((m_slots[slot] - 1) * m_row);
+            return _row(m_slots[slot] - 1);
         }
     }
 
@@ -304,7 +315,7 @@ Regex_automaton::Code Regex_automaton::_find_or_add(const Draft& draft)
     m_states.push_back({static_cast<unsigned int>(m_items.size() - draft.items.size()),
                         static_cast<unsigned int>(draft.items.size()), hash.value(), draft.before, draft.searching});
     _free_slot(hash.value()) = number + 1;
-    return static_cast<Code>(number * m_row);
+    return _row(number);
 }
 
 unsigned int& Regex_automaton::_free_slot(unsigned int hash)
@@ -335,7 +346,7 @@ void Regex_automaton::_empty()
         _draft_start(m_live, static_cast<Regex_side>(side));
         m_starts[side] = _is_dead(m_live) ? SPECIAL | DEAD : _find_or_add(m_live);
     }
-    m_start_rows = m_starts_later ? static_cast<Code>(m_table.size()) : 0;
+    m_start_rows = m_starts_later ? _row(m_states.size()) : 0;
 }
 
 } // namespace tam::detail

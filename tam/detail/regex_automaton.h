@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <vector>
 
 #include <tam/detail/regex_alphabet.h>
 #include <tam/detail/regex_program.h>
 #include <tam/detail/unit_set.h>
+#include <tam/stream/eol.h>
 
 namespace tam::detail {
 
@@ -26,16 +28,22 @@ struct Regex_language {
 // later; for the shortest match the group is dropped too, for the longest it goes on. When no group is left, the last
 // match reported was the leftmost one. Where only its existence counts, all starts share one group.
 //
-// Whether a state matches shows with the next unit, because assertions look at it. So the step with a unit tells whether
-// there is a match that ends before that unit. The step with the alphabet's edge tells it at the end of the text.
+// Whether a state matches shows with the next unit, because assertions look at it. So the step with a unit tells
+// whether there is a match that ends before that unit. The step with the alphabet's edge tells it at the end of the
+// text.
 //
 // States are rows of one table, by the class of the next unit:
 //
-//     table()[row + class] = code of the next state
+//     look_up(table(), row, class) = code of the next state
 //
-// A code that is not negative is a row. The first rows, up to start_rows(), are those in which all is as at the start of
+// A code that is not negative is a row, as its offset in bytes: so the table is read without any arithmetic between one
+// step and the next. The first rows, up to start_rows(), are those in which all is as at the start of
 // a search, so that a search can skip from there to where a match can begin. The other codes have SPECIAL set, maybe
 // MATCHED, and in the other bits a row or one of DEAD, LIVE and UNKNOWN.
+//
+// Over lines, each is a text of its own: behind a unit that ends a line, all is as at the start of a text. A unit that
+// may be a line's end or a part of its text, as its neighbours will show, is taken for both. What is found is then
+// searched as the line that it is.
 //
 // When the table is full it is emptied. Where that happens too often, states are not kept for a while: LIVE is the one
 // such state, whose steps are worked out each time.
@@ -44,11 +52,12 @@ public:
     enum class Goal {
         WHOLE,    // a match from the start to the edge
         EXISTS,   // any match that begins at the start or later
+        LINES,    // any line in which there may be a match
         SHORTEST, // the leftmost match that begins at the start or later
         LONGEST,
         LONGEST_HERE // the longest match that begins at the start
     };
-    static constexpr std::size_t GOALS = 5;
+    static constexpr std::size_t GOALS = 6;
 
     using Code = int;
     static constexpr Code SPECIAL = std::numeric_limits<Code>::min();
@@ -58,37 +67,51 @@ public:
     static constexpr Code LIVE = TARGET - 1;
     static constexpr Code UNKNOWN = TARGET - 2; // step() finds it
 
-    Regex_automaton(const Regex_language& language, Goal goal);
+    // eol counts for LINES.
+    Regex_automaton(const Regex_language& language, Goal goal, Tam_eol eol = TAM_EOL_ANY);
     Regex_automaton(const Regex_automaton&) = delete;
     Regex_automaton& operator=(const Regex_automaton&) = delete;
 
     // Begins a search that has this before its first unit. DEAD or a row.
     Code start(Regex_side before);
 
-    // The row that a search is in when it has found nothing yet, can begin a match here, and has this before it.
-    Code restart(Regex_side before) const { return m_starts[static_cast<unsigned int>(before)]; }
+    // The row that a search is in when it has found nothing yet, and this unit is before it.
+    Code restart(unsigned int class_before) const { return _start(_side(class_before)); }
 
     const Code* table() const { return m_table.data(); }
+
+    static Code look_up(const Code* table, Code row, unsigned int unit_class)
+    {
+        const char* const column = reinterpret_cast<const char*>(table + unit_class);
+        Code code;
+        std::memcpy(&code, column + static_cast<unsigned int>(row), sizeof code);
+        return code;
+    }
 
     // 0 where matches can only begin at the start.
     Code start_rows() const { return m_start_rows; }
     bool starts_later() const { return m_starts_later; }
 
-    // The code for the step from a row or from LIVE, with the MATCHED that belongs to it. Rows and table() are no longer
-    // what they were. position grows by one with each unit since start(), and tells how much the table was used.
+    // What Regex_run learns about the texts that it sees.
+    int& skip_credit() { return m_skip_credit; }
+
+    // The code for the step from a row or from LIVE, with the MATCHED that belongs to it. Rows and table() are no
+    // longer what they were. position grows by one with each unit since start(), and tells how much the table was used.
     Code step(Code from, unsigned int unit_class, unsigned long long position);
 
 private:
-    static constexpr unsigned int TABLE_CODES = 1U << 18;
-    static constexpr unsigned int LEAST_ROWS = 8; // however long they are
-    static constexpr unsigned int ITEMS = 1U << 17;
-    static constexpr unsigned int STATES = 1U << 14;
+    // With the reserves of the vectors they take less than 3 MiB.
+    static constexpr unsigned int TABLE_CODES = 1U << 17;
+    static constexpr unsigned int LEAST_ROWS =
+        6; // however long they are: four to start with, and one that does not fit anywhere else
+    static constexpr unsigned int ITEMS = 1U << 16;
+    static constexpr unsigned int STATES = 1U << 13;
     static constexpr unsigned int LEAST_SLOTS = 64;
     static constexpr unsigned int GROUP_END = std::numeric_limits<unsigned int>::max();
 
     // A table that was filled within less than this many units for each of its rows is not worth its making.
     static constexpr unsigned int UNITS_PER_STATE = 10;
-    static constexpr unsigned int LIVE_UNITS = 1U << 16;
+    static constexpr unsigned int LIVE_UNITS = 1U << 14;
 
     struct State {
         unsigned int first = 0; // of its items
@@ -122,6 +145,17 @@ private:
         unsigned int m_current = 1;
     };
 
+    enum class Line_end : unsigned char { NO, MAYBE, YES };
+
+    Code _start(Regex_side before) const { return m_starts[static_cast<unsigned int>(before)]; }
+    Line_end _line_end(unsigned int unit_class) const
+    {
+        return unit_class == m_cr_class ? m_cr : unit_class == m_lf_class ? m_lf : Line_end::NO;
+    }
+    Regex_side _side(unsigned int unit_class) const
+    {
+        return _line_end(unit_class) == Line_end::NO ? m_language.alphabet.side(unit_class) : Regex_side::EDGE;
+    }
     bool _holds_behind(Regex_side before) const
     {
         return before == Regex_side::EDGE || (m_language.line_borders && before == Regex_side::LINE_FEED);
@@ -139,6 +173,8 @@ private:
                   unsigned int unit_class, Draft& draft);
 
     bool _is_dead(const Draft& draft) const { return draft.items.empty() && !draft.searching; }
+    Code _row(std::size_t state) const { return static_cast<Code>(state * m_row * sizeof(Code)); }
+    std::size_t _state(Code row) const { return static_cast<std::size_t>(row) / sizeof(Code) / m_row; }
     Code _find_or_add(const Draft& draft); // UNKNOWN when the table is full
     unsigned int& _free_slot(unsigned int hash);
     void _widen_slots();
@@ -146,13 +182,18 @@ private:
 
     const Regex_language m_language;
     const Goal m_goal;
+    const bool m_merges;         // all starts share one group
     const bool m_searches;       // matches can begin behind the start
     bool m_starts_later = false; // and there are such matches
-    const unsigned int m_row;    // codes
+    const unsigned int m_cr_class;
+    const unsigned int m_lf_class;
+    Line_end m_cr = Line_end::NO;
+    Line_end m_lf = Line_end::NO;
+    const unsigned int m_row; // codes
     const unsigned int m_row_limit;
 
     std::vector<Code> m_table;
-    std::vector<State> m_states; // by row / m_row
+    std::vector<State> m_states; // in the order of their rows
     std::vector<unsigned int> m_items;
     std::vector<unsigned int> m_slots; // a hash table, half empty at least: 0 for none, else a state's number + 1
     Code m_starts[REGEX_SIDES];
@@ -161,6 +202,7 @@ private:
     bool m_emptied = false; // since the search began
     unsigned long long m_emptied_at = 0;
     unsigned int m_live_left = 0;
+    int m_skip_credit = 0;
 
     Draft m_live;
     Draft m_draft;

@@ -15,8 +15,8 @@ class Regex_block_reader {
 public:
     Regex_block_reader(const Tam_istream& stream, Tam_status& status) : m_stream(stream), m_status(status) {}
 
-    // Reads units at position until there are `least` of them, and at most `count`. Fewer than `least` come at the end of
-    // the data, and when status has a failure.
+    // Reads units at position until there are `least` of them, and at most `count`. Fewer than `least` come at the end
+    // of the data, and when status has a failure.
     std::size_t read(unsigned long long position, Unit* units, std::size_t least, std::size_t count)
     {
         auto* const bytes = reinterpret_cast<unsigned char*>(units);

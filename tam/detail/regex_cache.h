@@ -2,10 +2,14 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <tam/detail/regex_automaton.h>
+#include <tam/regex/regular_expression.h>
+#include <tam/stream/eol.h>
 
 namespace tam::detail {
 
@@ -22,6 +26,17 @@ public:
         return *slot;
     }
 
+    // The automaton for LINES.
+    Regex_automaton& lines(Tam_eol eol, const Regex_language& language)
+    {
+        std::unique_ptr<Regex_automaton>& slot = m_automata[static_cast<std::size_t>(Regex_automaton::Goal::LINES)];
+        if (slot == nullptr || m_eol != eol) {
+            slot = std::make_unique<Regex_automaton>(language, Regex_automaton::Goal::LINES, eol);
+            m_eol = eol;
+        }
+        return *slot;
+    }
+
     std::vector<Unit>& block(std::size_t units)
     {
         m_block.resize(units);
@@ -30,6 +45,7 @@ public:
 
 private:
     std::array<std::unique_ptr<Regex_automaton>, Regex_automaton::GOALS> m_automata;
+    Tam_eol m_eol = TAM_EOL_ANY; // that of LINES
     std::vector<Unit> m_block;
 };
 
@@ -37,7 +53,7 @@ private:
 template <class Unit>
 class Regex_cache_pool {
 public:
-    static constexpr std::size_t MAXIMUM = 16;
+    static constexpr std::size_t MAXIMUM = Tam_regular_expression::MAXIMUM_CACHES;
 
     using Cache = Regex_cache<Unit>;
 

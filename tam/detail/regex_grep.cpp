@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include <tam/detail/find_unit.h>
 #include <tam/detail/line_reader.h>
 #include <tam/detail/regex.h>
 #include <tam/detail/regex_block_reader.h>
+#include <tam/regex/regular_expression.h>
 
 // Searching the lines of a stream.
 
@@ -39,6 +41,7 @@ public:
 
     const Unit* begin() const { return m_units.data() + m_first; }
     const Unit* end() const { return m_units.data() + m_end; }
+    std::size_t size() const { return m_end - m_first; }
 
     // The byte of the stream that the window begins with.
     unsigned long long position() const { return m_position; }
@@ -70,7 +73,7 @@ public:
     // At the end of the data, with what was no whole unit there.
     void drop_all()
     {
-        drop(m_end - m_first);
+        drop(size());
         m_position += m_tail;
     }
 
@@ -80,7 +83,7 @@ public:
         Line_scanner<Stored> scanner(m_eol);
         std::size_t scanned = 0;
         while (!scanner.ended()) {
-            const std::size_t rest = m_end - m_first - scanned;
+            const std::size_t rest = size() - scanned;
             if (rest != 0) {
                 scanned += _scan(scanner, scanned, rest);
             } else if (!extend()) {
@@ -117,7 +120,7 @@ public:
 private:
     using Stored = typename Stored_units<Unit>::Type;
 
-    static constexpr std::size_t BLOCK = 65536 / sizeof(Unit);
+    static constexpr std::size_t BLOCK = Tam_regular_expression::STREAM_BLOCK / sizeof(Unit);
     static constexpr std::size_t MOST_TO_SCAN = std::size_t{1} << 30; // the scanner counts in 32 bits
 
     std::size_t _scan(Line_scanner<Stored>& scanner, std::size_t offset, std::size_t count) const
@@ -153,35 +156,93 @@ private:
     std::size_t m_tail = 0; // bytes behind the last unit, at the end of the data
 };
 
-// Drops lines from a window in which no match can begin. Sets candidate to where one can, in the first line. False when
-// all has been dropped.
+} // namespace
+
+// Goes through lines with an automaton that says where there may be a match, and drops the others from a window.
 template <class Unit>
-bool skip_lines(Line_window<Unit>& window, const Unit_finder<Unit>& finder, bool numbered, unsigned long long& lines,
-                std::size_t& candidate)
-{
-    std::size_t searched = 0;
-    for (;;) {
-        const Unit* const found = finder.find(window.begin() + searched, window.end());
-        candidate = static_cast<std::size_t>(found - window.begin());
-        const bool none = found == window.end();
-        const std::size_t line = window.line_start(candidate, searched);
-        if (numbered) {
-            lines += window.lines_before(line);
-        }
-        window.drop(line);
-        candidate -= line;
-        if (!none) {
-            return true;
-        }
-        searched = candidate;
-        if (!window.extend()) {
-            window.drop_all();
-            return false;
+class Regex<Unit>::Line_search {
+public:
+    Line_search(Run run, Line_window<Unit>& window, unsigned int edge, bool numbered)
+        : m_run(std::move(run)), m_window(window), m_edge(edge), m_numbered(numbered)
+    {}
+
+    // The window then begins with a line that may contain a match. False when there is none.
+    bool next()
+    {
+        m_run.begin(Regex_side::EDGE);
+        std::size_t searched = 0;
+        for (unsigned long long dropped = 0;;) {
+            if (_feed_lines(searched) || m_run.feed(m_window.begin() + searched, m_window.size() - searched)) {
+                const std::size_t line = _drop_before(m_window.size(), searched);
+                dropped += line;
+                searched = m_window.size();
+                if (m_window.extend()) {
+                    continue;
+                }
+                m_run.finish(m_edge);
+            }
+            if (m_run.matched()) {
+                _drop_before(static_cast<std::size_t>(m_run.match_end() - dropped), searched);
+            }
+            return m_run.matched();
         }
     }
-}
 
-} // namespace
+    // The window is without its first line.
+    void line_dropped() { ++m_lines; }
+
+    // The lines that were dropped, where lines are numbered.
+    unsigned long long lines() const { return m_lines; }
+
+private:
+    // Drops the lines before the one with the unit at `offset`, when no line but the first begins before `least`.
+    std::size_t _drop_before(std::size_t offset, std::size_t least)
+    {
+        const std::size_t line = m_window.line_start(offset, least);
+        if (m_numbered) {
+            m_lines += m_window.lines_before(line);
+        }
+        m_window.drop(line);
+        return line;
+    }
+
+    // Feeds what the window has from `searched` on, by several lines at once. False, and nothing is fed, when that cannot
+    // be done.
+    bool _feed_lines(std::size_t searched)
+    {
+        if (m_run.skips() || m_window.size() - searched < LEAST_FOR_LANES) {
+            return false;
+        }
+        if (m_pause != 0) {
+            --m_pause;
+            return false;
+        }
+        const Unit* borders[Run::LANES + 1] = {m_window.begin() + searched};
+        for (std::size_t lane = 1; lane != Run::LANES; ++lane) {
+            const std::size_t wanted = searched + (m_window.size() - searched) / Run::LANES * lane;
+            borders[lane] = m_window.begin() + m_window.line_start(wanted, searched);
+            if (borders[lane] <= borders[lane - 1]) {
+                return false;
+            }
+        }
+        borders[Run::LANES] = m_window.end();
+        if (!m_run.feed_lines(borders)) {
+            m_pause = PAUSE;
+            return false;
+        }
+        return true;
+    }
+
+    static constexpr std::size_t LEAST_FOR_LANES = 4096; // units
+    static constexpr unsigned int PAUSE = 4;             // windows, after one that had something to tell
+
+    Run m_run;
+    Line_window<Unit>& m_window;
+    unsigned int m_pause = 0;
+    const unsigned int m_edge;
+    const bool m_numbered;
+    unsigned long long m_lines = 0;
+};
 
 template <class Unit>
 void Regex<Unit>::grep(Tam_istream& stream, Callback callback, void* argument, bool numbered, unsigned int& count,
@@ -189,23 +250,22 @@ void Regex<Unit>::grep(Tam_istream& stream, Callback callback, void* argument, b
 {
     typename Pool::Lease cache(m_pool);
     Line_window<Unit> window(stream, status);
+    Line_search lines(Run((*cache).lines(stream.eol(), _forwards()), m_alphabet, Regex_side::EDGE, &m_finder), window,
+                      m_alphabet.edge(), numbered);
     String text;
-    unsigned long long number = 0;
     for (bool goes_on = true; goes_on;) {
-        std::size_t from = 0;
         Found_line line;
-        if ((m_finder.is_useful() && !skip_lines(window, m_finder, numbered, number, from)) ||
-            !window.first_line(line) || !status.ok()) {
+        if (!lines.next() || !window.first_line(line) || !status.ok()) {
             window.drop_all();
             break;
         }
-        ++number;
-        if (_exists(*cache, window.begin(), line.length, from)) {
+        if (_exists(*cache, window.begin(), line.length)) {
             text.assign(window.begin(), line.length);
             ++count;
-            goes_on = callback(text, number, argument);
+            goes_on = callback(text, lines.lines() + 1, argument);
         }
         window.drop(line.whole);
+        lines.line_dropped();
     }
     if (status.ok()) {
         stream.seek(window.position());
@@ -213,18 +273,12 @@ void Regex<Unit>::grep(Tam_istream& stream, Callback callback, void* argument, b
     cache.done();
 }
 
-// Whether a line contains a match, when none begins before `from`.
 template <class Unit>
-bool Regex<Unit>::_exists(Regex_cache<Unit>& cache, const Unit* line, std::size_t length, std::size_t from) const
+bool Regex<Unit>::_exists(Regex_cache<Unit>& cache, const Unit* line, std::size_t length) const
 {
-    if (from > length) {
-        return false;
-    }
-    Run run =
-        _run(cache, Goal::EXISTS, from == 0 ? Regex_side::EDGE : m_alphabet.side(m_alphabet.class_of(line[from - 1])));
-    if (run.feed(line + from, length - from)) {
-        run.finish(m_alphabet.edge());
-    }
+    Run run = _run(cache, Goal::EXISTS, Regex_side::EDGE);
+    run.feed(line, length);
+    run.finish(m_alphabet.edge());
     return run.matched();
 }
 

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include <tam/detail/escape.h>
+#include <tam/regex/regular_expression.h>
 
 namespace tam::detail {
 
 namespace {
 
-constexpr unsigned int MAXIMUM_REPEAT = 9999;
+constexpr unsigned int MAXIMUM_REPEAT = Tam_regular_expression::MAXIMUM_REPEAT;
 
 constexpr const char* NOTHING_TO_REPEAT = "nothing to repeat";
 constexpr const char* MISSING_PARENTHESIS = "missing )";

@@ -2,22 +2,19 @@
 
 #include <tam/detail/regex.h>
 #include <tam/detail/regex_block_reader.h>
+#include <tam/regex/regular_expression.h>
 
 // Matching and searching in streams.
 
 namespace tam::detail {
 
-namespace {
-
-constexpr std::size_t BLOCK_BYTES = 65536;
-
-} // namespace
-
 // A text of units that lies in a stream, and the part of it that is in memory.
 template <class Unit>
 struct Regex<Unit>::Stream_text {
     Stream_text(Tam_istream& from, Regex_cache<Unit>& cache, Tam_status& status)
-        : reader(from, status), base(from.tell()), block(cache.block(BLOCK_BYTES / sizeof(Unit)))
+        : reader(from, status),
+          base(from.tell()),
+          block(cache.block(Tam_regular_expression::STREAM_BLOCK / sizeof(Unit)))
     {}
 
     unsigned long long position_of(unsigned long long unit) const { return base + unit * sizeof(Unit); }

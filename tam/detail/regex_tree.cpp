@@ -88,7 +88,9 @@ unsigned int Regex_tree::repeat(unsigned int node, unsigned int least, unsigned 
         return node;
     }
     if (is_simple(least, most) && inner.kind == Regex_node::Kind::REPEAT && is_simple(inner.second, inner.most)) {
-        return repeat(inner.first, least * inner.second, std::max(most, inner.most));
+        least *= inner.second;
+        most = std::max(most, inner.most);
+        return least == inner.second && most == inner.most ? node : repeat(inner.first, least, most);
     }
     // One more for each repetition that can be left out, and for a loop.
     const unsigned int copies = most == UNBOUNDED ? std::max(least, 1U) : most;

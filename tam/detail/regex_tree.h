@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <tam/detail/unit_set.h>
+#include <tam/regex/regular_expression.h>
 
 namespace tam::detail {
 
@@ -27,7 +28,7 @@ struct Regex_node {
 // A pattern as a tree. Nodes refer to each other by index; what would not fit into a program is counted, but not kept.
 class Regex_tree {
 public:
-    static constexpr unsigned int MAXIMUM_STATES = 10000;
+    static constexpr unsigned int MAXIMUM_STATES = Tam_regular_expression::MAXIMUM_STATES;
     static constexpr unsigned int UNBOUNDED = std::numeric_limits<unsigned int>::max();
     static constexpr unsigned int EMPTY = 0; // the node that matches the empty string
 

@@ -126,20 +126,19 @@ Unit_finder<Unit>::Unit_finder(const Regex_program& program, const std::vector<U
         return;
     }
     const Unit_set first = first_units.get();
-    std::vector<Unit> literal;
-    while (literal.size() != MAXIMUM_LITERAL) {
+    while (m_literal.size() != MAXIMUM_LITERAL) {
         const Unit_set set = first_units.get();
         if (set.size() != 1) {
             break;
         }
-        literal.push_back(static_cast<Unit>(set.begin()->first));
+        m_literal.push_back(static_cast<Unit>(set.begin()->first));
         first_units.advance();
         if (first_units.matched()) {
             break;
         }
     }
-    if (!literal.empty()) {
-        _choose(literal);
+    if (!m_literal.empty()) {
+        _choose();
     } else if (first.begin() != first.end() && first.end() - first.begin() <= std::ptrdiff_t{MAXIMUM_RANGES}) {
         m_how = How::RANGES;
         m_range_count = static_cast<std::size_t>(first.end() - first.begin());
@@ -149,7 +148,7 @@ Unit_finder<Unit>::Unit_finder(const Regex_program& program, const std::vector<U
 
 // The two rarest units; of equally rare ones those that lie far apart, because neighbours often go together.
 template <class Unit>
-void Unit_finder<Unit>::_choose(const std::vector<Unit>& literal)
+void Unit_finder<Unit>::_choose()
 {
     const auto rarer = [](Unit a, Unit b) {
         return commonness(static_cast<std::make_unsigned_t<Unit>>(a)) <
@@ -157,11 +156,11 @@ void Unit_finder<Unit>::_choose(const std::vector<Unit>& literal)
     };
     m_how = How::ONE;
     m_first_offset =
-        static_cast<std::size_t>(std::min_element(literal.begin(), literal.end(), rarer) - literal.begin());
+        static_cast<std::size_t>(std::min_element(m_literal.begin(), m_literal.end(), rarer) - m_literal.begin());
     m_second_offset = m_first_offset;
-    for (std::size_t offset = literal.size(); offset-- != 0;) {
+    for (std::size_t offset = m_literal.size(); offset-- != 0;) {
         const bool is_other = offset != m_first_offset;
-        if (is_other && (m_how == How::ONE || rarer(literal[offset], literal[m_second_offset]))) {
+        if (is_other && (m_how == How::ONE || rarer(m_literal[offset], m_literal[m_second_offset]))) {
             m_how = How::PAIR;
             m_second_offset = offset;
         }
@@ -169,8 +168,8 @@ void Unit_finder<Unit>::_choose(const std::vector<Unit>& literal)
     if (m_second_offset < m_first_offset) {
         std::swap(m_first_offset, m_second_offset);
     }
-    m_first = literal[m_first_offset];
-    m_second = literal[m_second_offset];
+    m_first = m_literal[m_first_offset];
+    m_second = m_literal[m_second_offset];
 }
 
 template <class Unit>
@@ -178,13 +177,24 @@ const Unit* Unit_finder<Unit>::find(const Unit* from, const Unit* end) const
 {
     switch (m_how) {
     case How::ONE:
-        return _find<How::ONE>(from, end);
     case How::PAIR:
-        return _find<How::PAIR>(from, end);
+        return _find_literal(from, end);
     case How::RANGES:
         return _find<How::RANGES>(from, end);
     default:
         return from;
+    }
+}
+
+template <class Unit>
+const Unit* Unit_finder<Unit>::_find_literal(const Unit* from, const Unit* end) const
+{
+    const auto size = static_cast<std::ptrdiff_t>(m_literal.size());
+    for (;; ++from) {
+        from = m_how == How::ONE ? _find<How::ONE>(from, end) : _find<How::PAIR>(from, end);
+        if (end - from < size || std::equal(m_literal.begin(), m_literal.end(), from)) {
+            return from;
+        }
     }
 }
 

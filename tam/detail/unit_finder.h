@@ -31,12 +31,14 @@ private:
     static constexpr std::size_t MAXIMUM_LITERAL = 64; // units that every match begins with
     static constexpr std::size_t MAXIMUM_RANGES = 4;
 
-    void _choose(const std::vector<Unit>& literal);
+    void _choose();
+    const Unit* _find_literal(const Unit* from, const Unit* end) const;
     template <How HOW>
     const Unit* _find(const Unit* from, const Unit* end) const;
 
     How m_how = How::NOT;
-    // The rarest units that every match begins with, and where they lie in it.
+    // What every match begins with, its rarest units and where they lie in it.
+    std::vector<Unit> m_literal;
     Unit m_first = 0;
     Unit m_second = 0;
     std::size_t m_first_offset = 0;

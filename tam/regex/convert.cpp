@@ -8,12 +8,13 @@
 #include <vector>
 
 #include <tam/detail/characters.h>
+#include <tam/detail/escape.h>
 
 namespace tam {
 
 namespace {
 
-constexpr char BACKSLASH = '\\';
+using detail::BACKSLASH;
 
 constexpr std::string_view SPECIAL = R"(\^$.[]|()*+?{})";
 constexpr std::string_view SPECIAL_IN_SETS = R"(\^-[])";
@@ -144,10 +145,8 @@ private:
 
     const Char* _past_escape(const Char* at) const
     {
-        if (++at == m_end || *at++ != 'x') {
-            return at;
-        }
-        return std::find_if_not(at, m_end, [](Char c) { return detail::is_hexadecimal_digit(c); });
+        detail::decode_escape(++at, m_end);
+        return at;
     }
 
     // What may stand in a set as one element, or but for a class as one end of a range.

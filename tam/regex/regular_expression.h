@@ -32,20 +32,22 @@ class Regex;
 ///     pattern do.
 ///   - `xy`: what x matches, followed by what y matches.
 ///   - `x*`, `x+`, `x?`, `x{m}`, `x{m,}`, `x{m,n}`: x any number of times, at least once, at most once, m times, at
-///     least m times, m to n times. Counts reach to MAXIMUM_REPEAT. They can follow each other: `x{2}{3}` is six times x,
-///     `x*?` is `(x*)?`.
+///     least m times, m to n times. Counts reach to MAXIMUM_REPEAT. They can follow each other: `x{2}{3}` is six times
+///     x, `x*?` is `(x*)?`.
 ///   - `(x)`: x. Groups are not recorded, and there are no references to them.
 ///   - `[abc]`, `[a-z]`, `[^a-z]`: a unit of the set, or one outside of it. Behind the opening bracket (and `^`) a `]`
 ///     stands for itself; so does a `-` that is first or last, or that follows a range or a class. `[:alpha:]` in a set
-///     stands for its class; so do alnum, blank, cntrl, digit, graph, lower, print, punct, space, upper and xdigit.
+///     is its class; the others are alnum, blank, cntrl, digit, graph, lower, print, punct, space, upper, word (that of
+///     `\w`) and xdigit.
 ///   - `.`: any unit but the line feed.
-///   - `^`, `$`: the start and the end of the text. With line borders `^` also matches behind each line feed, `$` before.
-///   - `\d`, `\s`, `\w`: a digit, white space, a word unit (a letter, a digit or `_`); `\D`, `\S`, `\W`: any other unit.
-///     The first three also stand in sets.
+///   - `^`, `$`: the start and the end of the text. With line borders `^` also matches behind each line feed, `$`
+///     before.
+///   - `\d`, `\s`, `\w`: a digit, white space, a word unit (a letter, a digit or `_`); `\D`, `\S`, `\W`: any other
+///     unit. They stand in sets too.
 ///   - `\b`: a place where just one of its two neighbours is a word unit, the borders of the text being none. In a set
 ///     it is the backspace.
-///   - `\` and anything else: what tam_unquote() makes of it, so `\n` is the line feed, `\x2A` and `\52` are the `*`, and
-///     `\.` is the dot. `\B` is the letter. A backslash at the end of the pattern stands for itself.
+///   - `\` and anything else: what tam_unquote() makes of it, so `\n` is the line feed, `\x2A` and `\52` are the `*`,
+///     and `\.` is the dot. `\B` is the letter. A backslash at the end of the pattern stands for itself.
 ///   - all else, `]` and `}` without a partner included: itself.
 ///
 /// Units are bytes, compared as such; case matters. Classes have the meaning of ASCII whatever the locale is, so that
@@ -55,10 +57,10 @@ class Regex;
 /// the shortest match that starts there, search_longest() the longest. The time of a search is proportional to the
 /// length of the text for every pattern, and its memory is bounded (see MAXIMUM_CACHE_BYTES).
 ///
-/// What a stream is searched for starts at its position and ends with its data. It is read with read_at, in blocks of
-/// STREAM_BLOCK bytes, forwards; the start of a match may take a second reading, backwards from its end. A read that
-/// delivers nothing ends the data. On success the stream's position is moved as each operation says. After a failure it
-/// is as it was.
+/// The text of a stream begins at its position and ends with its data. It is read with read_at, in blocks of
+/// STREAM_BLOCK bytes at most, forwards; to find where a match starts may take a second reading, backwards from its
+/// end. A read that delivers nothing ends the data. The stream's position is moved behind a match (grep says what it
+/// does); without a match, and after a failure, it is as it was.
 ///
 /// Every operation with a status clears it first; on return it holds, besides what is said there:
 ///   - TAM_E_PATTERN_NOT_COMPILED (0xC2000066): the object has no pattern;
@@ -74,12 +76,14 @@ public:
     /// The largest count in `x{m,n}`.
     static constexpr unsigned int MAXIMUM_REPEAT = 9999;
 
-    /// The bound of a compiled pattern: a unit, set or assertion takes one state, `|`, `*`, `+` and `?` take one, and a
-    /// counted repeat takes those of its parts so often as they can be repeated.
+    /// The bound of a compiled pattern: a unit, set or assertion takes one state, `|`, `*`, `+` and `?` take one, and so
+    /// does the end of the pattern. A counted repeat takes what it repeats once for each time, and one more for each that
+    /// can be left out.
     static constexpr unsigned int MAXIMUM_STATES = 10000;
 
-    /// The bound of the memory that one search takes, beyond what the compiled pattern takes and, in grep, the line. Up to
-    /// MAXIMUM_CACHES such pieces of memory are kept with a compiled pattern for later searches.
+    /// The bound of the memory that a search works with, beyond the compiled pattern and, in grep, the line. What it
+    /// was used for makes later searches faster, so up to MAXIMUM_CACHES such memories are kept with a compiled
+    /// pattern: one for each search that was under way at the same time.
     static constexpr unsigned int MAXIMUM_CACHE_BYTES = 16U << 20;
     static constexpr unsigned int MAXIMUM_CACHES = 16;
 
@@ -143,13 +147,11 @@ public:
     bool search_longest(const std::string& text, std::size_t from, std::size_t& start, std::size_t& length,
                         Tam_status& status) const;
 
-    /// Whether the pattern matches all from the stream's position to its end. The stream is left at its end, and where
-    /// it was when the pattern does not match.
+    /// Whether the pattern matches all from the stream's position to its end.
     bool match(Tam_istream& stream, Tam_status& status) const;
 
     /// Finds the leftmost match from the stream's position on, and of those the shortest. start counts from the
-    /// beginning of the stream. `^` matches at the position. The stream is left behind the match, and without one at
-    /// its end.
+    /// beginning of the stream. `^` matches at the position: what lies before is not looked at.
     bool search(Tam_istream& stream, unsigned long long& start, unsigned long long& length, Tam_status& status) const;
 
     /// The same with the longest match.
@@ -159,8 +161,8 @@ public:
     /// Fills lines with the lines that contain a match, from the stream's position on, without their ends.
     ///
     /// Lines are those of the stream's convention (Tam_eol), of any length: the longest line takes memory. Each is
-    /// searched as a text of its own, so `^` and `$` match at its borders. A last line without a line end is a line. The
-    /// stream is left behind the last line that was filled in when that was the last one wanted, else at its end.
+    /// searched as a text of its own, so `^` and `$` match at its borders. A last line without a line end is a line.
+    /// The stream is left behind the last line that was filled in when that was the last one wanted, else at its end.
     /// @param lines   cleared first; after a failure it has the lines found before
     /// @param max     the most lines to find; 0 for all
     /// @return the number of lines
@@ -168,8 +170,9 @@ public:
                       Tam_status& status) const;
 
     /// Calls callback with each line that contains a match, its number (the one at the stream's position is 1) and
-    /// argument, until it returns false; the stream is then left behind that line. What it throws passes through, and the
-    /// stream is where it was. It may read the stream by read_at, and search with this object.
+    /// argument, until it returns false; the stream is then left behind that line. What it throws passes through, but
+    /// for std::bad_alloc, which is reported like other lack of memory; the stream is where it was. It may read the
+    /// stream by read_at, and search with this object.
     /// @return the number of calls
     unsigned int grep(Tam_istream& stream,
                       bool (*callback)(const std::string& line, unsigned long long line_number, void* argument),

@@ -15,8 +15,8 @@ namespace tam {
 /// The wide twin of Tam_regular_expression, for wide strings and streams of little-endian UTF-16 text. All that is said
 /// there holds here, with these differences:
 ///   - Units are 16-bit code units: a surrogate pair is two.
-///   - Classes have the meaning of the C run-time's functions (iswalpha and so on) in the "C" locale, so `\d` also takes
-///     full-width digits; `\w` is iswalnum or `_`.
+///   - Classes have the meaning of the C run-time's functions (iswalpha and so on) in the "C" locale, so `\d` also
+///     takes full-width digits; `\w` is iswalnum or `_`.
 ///   - Positions and lengths count code units, in streams too: a match with start s lies from byte 2 * s on, or from
 ///     2 * s + 1 on where the stream's position was odd at the call. An odd byte at the end of the data is not text.
 class TAM_API Tam_wregular_expression {

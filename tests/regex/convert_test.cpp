@@ -130,7 +130,7 @@ std::string ascii_taken_by(Twins pattern)
 
 TEST(Wildcard_to_regexp, accepts_what_the_wildcard_does)
 {
-    const std::vector<std::string> texts = all_texts("ab-]", 3);
+    const std::vector<std::string> texts = all_texts("a-]", 3);
     std::vector<std::string> wildcards = all_texts("a*?[]!-", 4);
     for (const char* wildcard :
          {"[a-]", "[]-a]", "[]-]", "[b-a]x", "[^-a]", "[!]a]*", "[!]]", "[[:a]", "[[:alpha:]]", "a[b-]*", "[a-b-]",
@@ -204,6 +204,7 @@ TEST(Remove_case, makes_the_set_of_the_forms_of_a_unit)
         {"[\\x41x]", "AXx"},
         {"[\\x61-c]", "abc"},
         {"[a-\\x63]", "abc"},
+        {"[\\101-C]", "ABC"},
         {"[[:xdigit:]g]", "0123456789ABCDEFGabcdefg"},
         {"[[:lower:]]", "abcdefghijklmnopqrstuvwxyz"},
         {"[\\w]", "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz"},
@@ -256,12 +257,12 @@ TEST(Convert, may_work_on_one_string_and_takes_time_in_proportion)
     EXPECT_TRUE(Tam_wregular_expression(text, status).match(L"B\n.tXt", status));
 
     constexpr std::size_t MANY = 300'000; // of which the square takes minutes
-    for (const std::string piece : {"[", "[!", "*", "[[:", "\\x", "a-", "[a-", "[a-z]"}) {
+    for (const std::string piece : {"[", "[[:", "\\x", "[a-"}) {
         std::string pattern;
         for (std::size_t i = 0; i < MANY; ++i) {
             pattern += piece;
         }
-        EXPECT_GE(regexp_of(pattern).size(), piece == "*" ? 2 : MANY) << piece;
+        EXPECT_GE(regexp_of(pattern).size(), pattern.size()) << piece;
         EXPECT_GE(caseless_of(widened(pattern)).size(), pattern.size()) << piece;
     }
 }
