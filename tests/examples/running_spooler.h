@@ -81,7 +81,7 @@ bool becomes_true(Condition condition, DWORD milliseconds = PATIENCE)
         if (::GetTickCount64() - start > milliseconds) {
             return false;
         }
-        ::Sleep(2);
+        ::Sleep(10);
     }
     return true;
 }
@@ -269,7 +269,7 @@ protected:
         return count;
     }
 
-    const Time_limit m_limit{100000};
+    const Time_limit m_limit{200000};
     const Temporary_folder m_folder;
     const std::wstring m_spool = m_folder / L"spool";
     const std::wstring m_name = unique_name(L"spooler");
