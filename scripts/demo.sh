@@ -97,7 +97,7 @@ running=$!
 await workers 2
 spooled=(tam/stream/*.cpp tam/thread/*.cpp README.md CHANGELOG.md)
 spool "${spooled[@]}"
-await done ${#spooled[@]}
+await "done" ${#spooled[@]}
 show 0 spooler_client "$service" status
 show 0 spooler_client "$service" journal 5
 
@@ -131,7 +131,7 @@ title "The same service under the service control manager:"
 show 0 spooler install "$service" "$demo/spooler.ini"
 show 0 spooler start "$service"
 spool README.md
-await done 1
+await "done" 1
 show 0 spooler_client "$service" journal 1
 show 0 spooler stop "$service"
 show 0 spooler remove "$service"
