@@ -39,7 +39,7 @@ std::unique_ptr<Tam_named_pipe_client> open_pipe(const std::wstring& name, Tam_s
     for (unsigned int i = 0; i < RETRIES; ++i) {
         pipe = std::make_unique<Tam_named_pipe_client>(L".", name,
                                                        Tam_pipe_client_options{Tam_pipe_client_options::BOTH}, status);
-        if (status.ok() || *status.child() != ERROR_PIPE_BUSY) {
+        if (!is_caused_by(status, ERROR_PIPE_BUSY)) {
             break;
         }
         tam_thread_sleep(RETRY_PERIOD);

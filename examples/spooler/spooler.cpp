@@ -11,6 +11,7 @@
 #include <tam/security.h>
 #include <tam/text.h>
 
+#include "access.h"
 #include "spooler_messages.h"
 
 using namespace tam;
@@ -25,25 +26,10 @@ Tam_wstring_status_arg text(const std::wstring& value)
     return {value};
 }
 
-bool is_caused_by(const Tam_status& status, unsigned int code)
-{
-    const Tam_status* one = &status;
-    while (one != nullptr && *one != code) {
-        one = one->child();
-    }
-    return one != nullptr;
-}
-
-// The administrators, the system and whom the service runs as may do everything with a new folder, nobody else anything.
 void restrict_access(const std::wstring& folder, Tam_status& status)
 {
     Tam_acl acl;
-    for (const Tam_standard_trustees trustee :
-         {TAM_TRUSTEE_ADMINISTRATORS, TAM_TRUSTEE_LOCAL_SYSTEM, TAM_TRUSTEE_PROCESS_USER}) {
-        if (status.ok()) {
-            acl.set_rights(trustee, TAM_ACCESS_GRANT, FILE_ALL_ACCESS, status);
-        }
-    }
+    grant_to_operators(acl, FILE_ALL_ACCESS, status);
     Tam_security security;
     if (status.ok()) {
         security.associate_with_object(TAM_SEC_OBJ_FILE, folder, status);
@@ -53,7 +39,7 @@ void restrict_access(const std::wstring& folder, Tam_status& status)
     }
 }
 
-// A folder that exists keeps its access list, which an administrator may have changed.
+// A new folder is for the operators alone. One that exists keeps its access list: an administrator may have changed it.
 void make_folder(const std::wstring& folder, Tam_status& status)
 {
     status.clear();
@@ -193,36 +179,34 @@ void Spooler::stop()
 
 void Spooler::look()
 {
-    {
-        const Tam_read_lock guard(m_lock);
-        if (!m_waiting.empty()) {
-            return;
-        }
+    if (figures().waiting == 0) {
+        _find_files();
     }
-    Tam_status status;
-    std::set<std::wstring> found = files_in(m_incoming, status);
-    if (!status.ok() && !m_look_failed) {
-        m_report(status);
-    }
-    m_look_failed = !status.ok();
-    bool is_idle;
-    {
-        const Tam_write_lock guard(m_lock);
-        std::erase_if(m_reported, [&](const std::wstring& name) { return !found.contains(name); });
-        m_waiting.swap(found);
-        is_idle = m_waiting.empty() && m_left.empty();
-    }
-    if (is_idle) {
+    if (figures().waiting == 0) {
         return;
     }
     for (Worker& worker : m_workers) {
         if (!worker.is_woken.exchange(true)) {
+            Tam_status status;
             worker.thread->post_message(FILES_WAIT, 0, 0, status);
             if (!status.ok()) {
                 m_report(status);
             }
         }
     }
+}
+
+void Spooler::_find_files()
+{
+    Tam_status status;
+    std::set<std::wstring> found = files_in(m_incoming, status);
+    if (!status.ok() && !m_look_failed) {
+        m_report(status);
+    }
+    m_look_failed = !status.ok();
+    const Tam_write_lock guard(m_lock);
+    std::erase_if(m_reported, [&](const std::wstring& name) { return !found.contains(name); });
+    m_waiting.swap(found);
 }
 
 Figures Spooler::figures() const
@@ -251,15 +235,15 @@ void Spooler::_work(Worker& self)
             return;
         }
         self.is_woken = false; // before it looks: files that are found from now on bring another message
-        while (const std::optional<Claim> claim = _next_claim()) {
-            ++m_working;
-            try {
+        ++m_working;
+        try {
+            while (const std::optional<Claim> claim = _next_claim()) {
                 _process(*claim);
-            } catch (const std::exception& error) { // such as no memory; the file stays in work
-                m_report(Tam_status(SPOOLER_E_EXCEPTION, text(tam_stow(error.what()))));
             }
-            --m_working;
+        } catch (const std::exception& error) { // such as no memory; the file stays in work
+            m_report(Tam_status(SPOOLER_E_EXCEPTION, text(tam_stow(error.what()))));
         }
+        --m_working;
     }
 }
 

@@ -102,6 +102,8 @@ public:
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 
+    HANDLE handle() const { return m_pipe; }
+
     void say(const std::wstring& text) const
     {
         DWORD written;
