@@ -295,11 +295,10 @@ void Spooler::_process(const Claim& claim)
     Journal_entry entry{claim.id, true, {}, claim.name};
     Tam_status status;
     digest_file(m_work + claim.key(), m_is_stopping, entry.digest, status);
-    if (is_caused_by(status, ERROR_OPERATION_ABORTED)) {
+    if (is_caused_by(status, ERROR_OPERATION_ABORTED)) { // the next start finds it in work
         return;
     }
-    if (is_caused_by(status,
-                     ERROR_SHARING_VIOLATION)) { // its producer has shared it for deletion, so it could be moved
+    if (is_caused_by(status, ERROR_SHARING_VIOLATION)) { // it could be moved, since its producer shares it for deletion
         _put_back(claim, SPOOLER_W_IN_USE, status);
         return;
     }
