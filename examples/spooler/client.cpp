@@ -52,13 +52,17 @@ Exit_code show_answer(const Tam_named_pipe_client& pipe, Tam_status& status)
 {
     std::wstring line;
     wchar_t chunk[4096];
+    unsigned int count = 0; // bytes in chunk
     for (;;) {
-        const unsigned int bytes = pipe.read(sizeof chunk, reinterpret_cast<unsigned char*>(chunk), status);
-        if (bytes == 0) {
+        unsigned char* const free = reinterpret_cast<unsigned char*>(chunk) + count;
+        const unsigned int arrived = pipe.read(sizeof chunk - count, free, status);
+        if (arrived == 0) {
             status.push(SPOOLER_E_BROKEN_OFF);
             return FAILED;
         }
-        for (const wchar_t unit : std::wstring_view(chunk, bytes / sizeof(wchar_t))) {
+        count += arrived;
+        const unsigned int units = count / sizeof(wchar_t);
+        for (const wchar_t unit : std::wstring_view(chunk, units)) {
             if (unit != L'\n') {
                 line += unit;
             } else if (line == protocol::DONE || line == protocol::FAILED) {
@@ -68,6 +72,8 @@ Exit_code show_answer(const Tam_named_pipe_client& pipe, Tam_status& status)
                 line.clear();
             }
         }
+        chunk[0] = units < std::size(chunk) ? chunk[units] : L'\0'; // half a unit has arrived, or nothing counts there
+        count %= sizeof(wchar_t);
     }
 }
 
