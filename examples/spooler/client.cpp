@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <fcntl.h>
 #include <io.h>
@@ -47,22 +48,31 @@ std::unique_ptr<Tam_named_pipe_client> open_pipe(const std::wstring& name, Tam_s
     return pipe;
 }
 
+// Waits until something has arrived; nothing when the pipe was closed. A unit can arrive in halves.
+std::wstring_view read_units(const Tam_named_pipe_client& pipe, wchar_t (&chunk)[4096], Tam_status& status)
+{
+    auto* const bytes = reinterpret_cast<unsigned char*>(chunk);
+    unsigned int count = 0;
+    unsigned int arrived = 0;
+    do {
+        arrived = pipe.read(sizeof chunk - count, bytes + count, status);
+        count += arrived;
+    } while (arrived != 0 && count % sizeof(wchar_t) != 0);
+    return {chunk, count / sizeof(wchar_t)};
+}
+
 // Prints the answer as it arrives. Its last line says whether the request was done; without one the service broke off.
 Exit_code show_answer(const Tam_named_pipe_client& pipe, Tam_status& status)
 {
-    std::wstring line;
     wchar_t chunk[4096];
-    unsigned int count = 0; // bytes in chunk
+    std::wstring line;
     for (;;) {
-        unsigned char* const free = reinterpret_cast<unsigned char*>(chunk) + count;
-        const unsigned int arrived = pipe.read(sizeof chunk - count, free, status);
-        if (arrived == 0) {
+        const std::wstring_view units = read_units(pipe, chunk, status);
+        if (units.empty()) {
             status.push(SPOOLER_E_BROKEN_OFF);
             return FAILED;
         }
-        count += arrived;
-        const unsigned int units = count / sizeof(wchar_t);
-        for (const wchar_t unit : std::wstring_view(chunk, units)) {
+        for (const wchar_t unit : units) {
             if (unit != L'\n') {
                 line += unit;
             } else if (line == protocol::DONE || line == protocol::FAILED) {
@@ -72,8 +82,6 @@ Exit_code show_answer(const Tam_named_pipe_client& pipe, Tam_status& status)
                 line.clear();
             }
         }
-        chunk[0] = units < std::size(chunk) ? chunk[units] : L'\0'; // half a unit has arrived, or nothing counts there
-        count %= sizeof(wchar_t);
     }
 }
 
