@@ -8,7 +8,6 @@
 #include <windows.h>
 
 #include <tam/file.h>
-#include <tam/security.h>
 #include <tam/text.h>
 
 #include "access.h"
@@ -24,40 +23,6 @@ enum Message : unsigned int { FILES_WAIT, END };
 Tam_wstring_status_arg text(const std::wstring& value)
 {
     return {value};
-}
-
-void restrict_access(const std::wstring& folder, Tam_status& status)
-{
-    Tam_acl acl;
-    grant_to_operators(acl, FILE_ALL_ACCESS, status);
-    Tam_security security;
-    if (status.ok()) {
-        security.associate_with_object(TAM_SEC_OBJ_FILE, folder, status);
-    }
-    if (status.ok()) {
-        security.set_disc_acl(acl, status, false);
-    }
-}
-
-// A new folder is for the operators alone. One that exists keeps its access list: an administrator may have changed it.
-void make_folder(const std::wstring& folder, Tam_status& status)
-{
-    status.clear();
-    Tam_directory::create(folder, status);
-    if (is_caused_by(status, ERROR_ALREADY_EXISTS)) {
-        status.clear();
-        return;
-    }
-    if (status.ok()) {
-        restrict_access(folder, status);
-        if (!status.ok()) {
-            Tam_status ignored;
-            Tam_directory::remove(folder, ignored);
-        }
-    }
-    if (!status.ok()) {
-        status.push(SPOOLER_E_FOLDER, text(folder));
-    }
 }
 
 std::set<std::wstring> files_in(const std::wstring& folder, Tam_status& status)
