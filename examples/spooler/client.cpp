@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <fcntl.h>
 #include <io.h>
@@ -39,7 +40,7 @@ std::unique_ptr<Tam_named_pipe_client> open_pipe(const std::wstring& name, Tam_s
     for (unsigned int i = 0; i < RETRIES; ++i) {
         pipe = std::make_unique<Tam_named_pipe_client>(L".", name,
                                                        Tam_pipe_client_options{Tam_pipe_client_options::BOTH}, status);
-        if (status.ok() || *status.child() != ERROR_PIPE_BUSY) {
+        if (!is_caused_by(status, ERROR_PIPE_BUSY)) {
             break;
         }
         tam_thread_sleep(RETRY_PERIOD);
@@ -47,18 +48,31 @@ std::unique_ptr<Tam_named_pipe_client> open_pipe(const std::wstring& name, Tam_s
     return pipe;
 }
 
+// Waits until something has arrived; nothing when the pipe was closed. A unit can arrive in halves.
+std::wstring_view read_units(const Tam_named_pipe_client& pipe, wchar_t (&chunk)[4096], Tam_status& status)
+{
+    auto* const bytes = reinterpret_cast<unsigned char*>(chunk);
+    unsigned int count = 0;
+    unsigned int arrived = 0;
+    do {
+        arrived = pipe.read(sizeof chunk - count, bytes + count, status);
+        count += arrived;
+    } while (arrived != 0 && count % sizeof(wchar_t) != 0);
+    return {chunk, count / sizeof(wchar_t)};
+}
+
 // Prints the answer as it arrives. Its last line says whether the request was done; without one the service broke off.
 Exit_code show_answer(const Tam_named_pipe_client& pipe, Tam_status& status)
 {
-    std::wstring line;
     wchar_t chunk[4096];
+    std::wstring line;
     for (;;) {
-        const unsigned int bytes = pipe.read(sizeof chunk, reinterpret_cast<unsigned char*>(chunk), status);
-        if (bytes == 0) {
+        const std::wstring_view units = read_units(pipe, chunk, status);
+        if (units.empty()) {
             status.push(SPOOLER_E_BROKEN_OFF);
             return FAILED;
         }
-        for (const wchar_t unit : std::wstring_view(chunk, bytes / sizeof(wchar_t))) {
+        for (const wchar_t unit : units) {
             if (unit != L'\n') {
                 line += unit;
             } else if (line == protocol::DONE || line == protocol::FAILED) {

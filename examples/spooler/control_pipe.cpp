@@ -1,5 +1,6 @@
 #include "control_pipe.h"
 
+#include <algorithm>
 #include <exception>
 #include <mutex>
 
@@ -8,6 +9,7 @@
 #include <tam/security.h>
 #include <tam/text.h>
 
+#include "access.h"
 #include "protocol.h"
 #include "spooler_messages.h"
 
@@ -72,12 +74,7 @@ void Connection::wait_for_close() const
 std::unique_ptr<Connection> Control_pipe::_make_connection(Tam_status& status) const
 {
     Tam_acl acl;
-    for (const Tam_standard_trustees trustee :
-         {TAM_TRUSTEE_ADMINISTRATORS, TAM_TRUSTEE_LOCAL_SYSTEM, TAM_TRUSTEE_PROCESS_USER}) {
-        if (status.ok()) {
-            acl.set_rights(trustee, TAM_ACCESS_GRANT, FILE_ALL_ACCESS, status);
-        }
-    }
+    grant_to_operators(acl, FILE_ALL_ACCESS, status);
     std::unique_ptr<Connection> connection;
     if (status.ok()) {
         Tam_security security(acl, status);
@@ -194,7 +191,8 @@ void Control_pipe::_serve_client(const Connection& connection) const
     }
     std::wstring text;
     bool is_sent = true;
-    const bool is_done = m_answer(request, [&](const std::wstring& line) {
+    const bool is_done = m_answer(request, [&](std::wstring line) {
+        std::replace(line.begin(), line.end(), L'\n', L' ');
         text += L' ' + line + L'\n';
         if (text.size() > CHUNK_UNITS) {
             is_sent = is_sent && connection.send(text);

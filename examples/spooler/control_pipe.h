@@ -29,7 +29,7 @@ public:
     void wait_for_close() const;
 };
 
-// Answers clients at a named pipe, which administrators, the system and the user of this process can open. At most
+// Answers clients at a named pipe, which its operators can open. At most
 // CLIENTS at a time; the next ones find the pipe busy. A client that takes too long is dropped.
 class Control_pipe {
 public:

@@ -58,9 +58,9 @@ void run_in_console(const std::wstring& name, const std::wstring& profile, Tam_s
 
 std::wstring full_path(const std::wstring& path)
 {
-    wchar_t full[MAX_PATH];
-    const DWORD length = ::GetFullPathNameW(path.c_str(), MAX_PATH, full, nullptr);
-    return length != 0 && length < MAX_PATH ? full : path;
+    std::wstring full(::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full;
 }
 
 int usage()

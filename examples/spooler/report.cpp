@@ -20,6 +20,15 @@ void describe(const Tam_status& status, const Line_sink& sink)
     }
 }
 
+bool is_caused_by(const Tam_status& status, unsigned int code)
+{
+    const Tam_status* one = &status;
+    while (one != nullptr && *one != code) {
+        one = one->child();
+    }
+    return one != nullptr;
+}
+
 void print(const Tam_status& status)
 {
     describe(status, [](const std::wstring& line) { std::fputws((line + L"\n").c_str(), stderr); });

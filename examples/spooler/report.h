@@ -12,6 +12,9 @@ using Line_sink = std::function<void(const std::wstring& line)>;
 // Gives the whole chain of a status to sink as text, the newest status first and its reasons below it, indented.
 void describe(const tam::Tam_status& status, const Line_sink& sink);
 
+// Whether the status or one of its reasons has that code.
+bool is_caused_by(const tam::Tam_status& status, unsigned int code);
+
 // Prints what describe() gives to standard error.
 void print(const tam::Tam_status& status);
 

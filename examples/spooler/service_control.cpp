@@ -225,6 +225,9 @@ private:
     void _tell(DWORD state, const Tam_status& failure = Tam_status())
     {
         const std::lock_guard guard(m_lock);
+        if (m_state.dwCurrentState == SERVICE_STOPPED) { // a control that came too late
+            return;
+        }
         const bool is_pending = state == SERVICE_START_PENDING || state == SERVICE_STOP_PENDING;
         m_state.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
         m_state.dwCheckPoint = is_pending ? m_state.dwCheckPoint + 1 : 0;

@@ -8,6 +8,7 @@
 #include <tam/file/path.h>
 #include <tam/text.h>
 
+#include "report.h"
 #include "spooler_messages.h"
 
 using namespace tam;
@@ -79,7 +80,7 @@ void read_profile(const std::wstring& profile, Settings& settings, Tam_status& s
 // Whether a parameter was read. One that is not there is no failure: the profile's setting holds.
 bool is_given(Tam_status& status)
 {
-    const bool missing = !status.ok() && status.has_child() && *status.child() == ERROR_FILE_NOT_FOUND;
+    const bool missing = is_caused_by(status, ERROR_FILE_NOT_FOUND);
     if (missing) {
         status.clear();
     }

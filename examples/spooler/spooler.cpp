@@ -8,9 +8,9 @@
 #include <windows.h>
 
 #include <tam/file.h>
-#include <tam/security.h>
 #include <tam/text.h>
 
+#include "access.h"
 #include "spooler_messages.h"
 
 using namespace tam;
@@ -23,55 +23,6 @@ enum Message : unsigned int { FILES_WAIT, END };
 Tam_wstring_status_arg text(const std::wstring& value)
 {
     return {value};
-}
-
-bool is_caused_by(const Tam_status& status, unsigned int code)
-{
-    const Tam_status* one = &status;
-    while (one != nullptr && *one != code) {
-        one = one->child();
-    }
-    return one != nullptr;
-}
-
-// The administrators, the system and whom the service runs as may do everything with a new folder, nobody else anything.
-void restrict_access(const std::wstring& folder, Tam_status& status)
-{
-    Tam_acl acl;
-    for (const Tam_standard_trustees trustee :
-         {TAM_TRUSTEE_ADMINISTRATORS, TAM_TRUSTEE_LOCAL_SYSTEM, TAM_TRUSTEE_PROCESS_USER}) {
-        if (status.ok()) {
-            acl.set_rights(trustee, TAM_ACCESS_GRANT, FILE_ALL_ACCESS, status);
-        }
-    }
-    Tam_security security;
-    if (status.ok()) {
-        security.associate_with_object(TAM_SEC_OBJ_FILE, folder, status);
-    }
-    if (status.ok()) {
-        security.set_disc_acl(acl, status, false);
-    }
-}
-
-// A folder that exists keeps its access list, which an administrator may have changed.
-void make_folder(const std::wstring& folder, Tam_status& status)
-{
-    status.clear();
-    Tam_directory::create(folder, status);
-    if (is_caused_by(status, ERROR_ALREADY_EXISTS)) {
-        status.clear();
-        return;
-    }
-    if (status.ok()) {
-        restrict_access(folder, status);
-        if (!status.ok()) {
-            Tam_status ignored;
-            Tam_directory::remove(folder, ignored);
-        }
-    }
-    if (!status.ok()) {
-        status.push(SPOOLER_E_FOLDER, text(folder));
-    }
 }
 
 std::set<std::wstring> files_in(const std::wstring& folder, Tam_status& status)
@@ -193,36 +144,34 @@ void Spooler::stop()
 
 void Spooler::look()
 {
-    {
-        const Tam_read_lock guard(m_lock);
-        if (!m_waiting.empty()) {
-            return;
-        }
+    if (figures().waiting == 0) {
+        _find_files();
     }
-    Tam_status status;
-    std::set<std::wstring> found = files_in(m_incoming, status);
-    if (!status.ok() && !m_look_failed) {
-        m_report(status);
-    }
-    m_look_failed = !status.ok();
-    bool is_idle;
-    {
-        const Tam_write_lock guard(m_lock);
-        std::erase_if(m_reported, [&](const std::wstring& name) { return !found.contains(name); });
-        m_waiting.swap(found);
-        is_idle = m_waiting.empty() && m_left.empty();
-    }
-    if (is_idle) {
+    if (figures().waiting == 0) {
         return;
     }
     for (Worker& worker : m_workers) {
         if (!worker.is_woken.exchange(true)) {
+            Tam_status status;
             worker.thread->post_message(FILES_WAIT, 0, 0, status);
             if (!status.ok()) {
                 m_report(status);
             }
         }
     }
+}
+
+void Spooler::_find_files()
+{
+    Tam_status status;
+    std::set<std::wstring> found = files_in(m_incoming, status);
+    if (!status.ok() && !m_look_failed) {
+        m_report(status);
+    }
+    m_look_failed = !status.ok();
+    const Tam_write_lock guard(m_lock);
+    std::erase_if(m_reported, [&](const std::wstring& name) { return !found.contains(name); });
+    m_waiting.swap(found);
 }
 
 Figures Spooler::figures() const
@@ -251,15 +200,15 @@ void Spooler::_work(Worker& self)
             return;
         }
         self.is_woken = false; // before it looks: files that are found from now on bring another message
-        while (const std::optional<Claim> claim = _next_claim()) {
-            ++m_working;
-            try {
+        ++m_working;
+        try {
+            while (const std::optional<Claim> claim = _next_claim()) {
                 _process(*claim);
-            } catch (const std::exception& error) { // such as no memory; the file stays in work
-                m_report(Tam_status(SPOOLER_E_EXCEPTION, text(tam_stow(error.what()))));
             }
-            --m_working;
+        } catch (const std::exception& error) { // such as no memory; the file stays in work
+            m_report(Tam_status(SPOOLER_E_EXCEPTION, text(tam_stow(error.what()))));
         }
+        --m_working;
     }
 }
 
@@ -311,11 +260,10 @@ void Spooler::_process(const Claim& claim)
     Journal_entry entry{claim.id, true, {}, claim.name};
     Tam_status status;
     digest_file(m_work + claim.key(), m_is_stopping, entry.digest, status);
-    if (is_caused_by(status, ERROR_OPERATION_ABORTED)) {
+    if (is_caused_by(status, ERROR_OPERATION_ABORTED)) { // the next start finds it in work
         return;
     }
-    if (is_caused_by(status,
-                     ERROR_SHARING_VIOLATION)) { // its producer has shared it for deletion, so it could be moved
+    if (is_caused_by(status, ERROR_SHARING_VIOLATION)) { // it could be moved, since its producer shares it for deletion
         _put_back(claim, SPOOLER_W_IN_USE, status);
         return;
     }

@@ -18,7 +18,7 @@
 // What the spooler has done since it was made, and what it has before it.
 struct Figures {
     unsigned int waiting = 0; // files that the last look found and no worker has taken yet
-    unsigned int working = 0;
+    unsigned int working = 0; // workers that are busy
     unsigned long long done = 0;
     unsigned long long failed = 0;
     unsigned long long bytes = 0; // that were digested
@@ -75,6 +75,7 @@ private:
     void _recover(tam::Tam_status& status);
     void _start_workers(unsigned int count, tam::Tam_status& status);
 
+    void _find_files();
     void _work(Worker& self);
     std::optional<Claim> _next_claim();
     bool _claim(const std::wstring& name, Claim& claim);

@@ -81,7 +81,7 @@ bool becomes_true(Condition condition, DWORD milliseconds = PATIENCE)
         if (::GetTickCount64() - start > milliseconds) {
             return false;
         }
-        ::Sleep(2);
+        ::Sleep(10);
     }
     return true;
 }
@@ -101,6 +101,8 @@ public:
     ~Client() { ::CloseHandle(m_pipe); }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
+
+    HANDLE handle() const { return m_pipe; }
 
     void say(const std::wstring& text) const
     {
@@ -269,7 +271,7 @@ protected:
         return count;
     }
 
-    const Time_limit m_limit{100000};
+    const Time_limit m_limit{200000};
     const Temporary_folder m_folder;
     const std::wstring m_spool = m_folder / L"spool";
     const std::wstring m_name = unique_name(L"spooler");
