@@ -10,11 +10,6 @@ using test::chain;
 using test::Temporary_folder;
 using Entry = std::pair<std::wstring, std::wstring>;
 
-bool exists(const std::wstring& path)
-{
-    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 // From the cursor on.
 template <class Profile>
 std::vector<Entry> entries_of(Profile& profile)
@@ -161,7 +156,7 @@ TEST_F(Profile_access, says_what_it_lacks)
     };
     EXPECT_EQ(codes(refused, profile), (Codes{L"C2000054(S)", L"C2000056(s)", L"C2000056(S)"}));
     profile.commit_changes(status);
-    EXPECT_FALSE(exists(backup)) << "what was refused modified nothing";
+    EXPECT_FALSE(Temporary_folder::exists(backup)) << "what was refused modified nothing";
 
     profile.close(status);
     EXPECT_EQ(codes(all, profile), Codes(all.size(), L"C200005B"));
@@ -284,7 +279,7 @@ TEST_F(Profile_access, commits_once_and_rolls_back_to_the_same_bytes)
     profile.commit_changes(status);
     profile.rollback(status);
     EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(exists(backup));
+    EXPECT_FALSE(Temporary_folder::exists(backup));
     EXPECT_EQ(Temporary_folder::bytes_of(path), bytes_of(odd)) << "nothing was changed, so nothing is written";
 
     edit(L"new");
@@ -315,7 +310,7 @@ TEST_F(Profile_access, commits_once_and_rolls_back_to_the_same_bytes)
     profile.rollback(status);
     EXPECT_EQ(chain(status), L"");
     EXPECT_EQ(Temporary_folder::bytes_of(path), first);
-    EXPECT_FALSE(exists(backup));
+    EXPECT_FALSE(Temporary_folder::exists(backup));
     profile.reset_section_position(status);
     EXPECT_EQ(chain(status), L"C2000052");
     EXPECT_EQ(entries(L"S").size(), 2U);

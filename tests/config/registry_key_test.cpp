@@ -154,33 +154,6 @@ TEST(Registry_key, is_removed_with_everything_below)
     EXPECT_EQ(test::open_handles(), handles);
 }
 
-TEST(Registry_key, with_ten_thousand_subkeys_is_listed_and_removed)
-{
-    constexpr unsigned int COUNT = 10'000;
-    const Registry_branch branch;
-    HKEY wide = nullptr;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, (branch / L"wide").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                &wide, nullptr),
-              ERROR_SUCCESS);
-    for (unsigned int i = 0; i < COUNT; ++i) {
-        HKEY key = nullptr;
-        ::RegCreateKeyExW(wide, std::to_wstring(COUNT + i).c_str(), 0, nullptr, 0, KEY_READ, nullptr, &key, nullptr);
-        ::RegCloseKey(key);
-    }
-    ::RegCloseKey(wide);
-    Names names;
-    Tam_status status;
-    tam_enum_reg_keys(USER, branch.path(), L"wide", names, status);
-    EXPECT_EQ(chain(status), L"");
-    ASSERT_EQ(names.size(), COUNT);
-    for (unsigned int i = 0; i < COUNT; ++i) {
-        ASSERT_EQ(names.at(i), std::to_wstring(COUNT + i));
-    }
-    tam_remove_reg_key(USER, branch.path(), L"", L"wide", status);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(branch.exists(L"wide"));
-}
-
 TEST(Registry_key, however_deep_is_copied_and_removed)
 {
     constexpr unsigned int DEPTH = 300;

@@ -1,5 +1,7 @@
 #include <tests/support/test.h>
 
+#include <tests/datetime/tokens.h>
+
 using namespace tam;
 using tam::test::Locale;
 
@@ -460,15 +462,6 @@ TEST(Date, short_date_follows_the_locale_of_the_thread)
 
 TEST(Date, knows_its_tokens_and_refuses_others)
 {
-    for (int unit = 0; unit <= 0xFFFF; ++unit) {
-        const auto token = static_cast<wchar_t>(unit);
-        ASSERT_EQ(Tam_date::is_format_token(token), std::wstring(L"%ABUYabdjmwx").find(token) != std::wstring::npos)
-            << unit;
-    }
-    for (const wchar_t token : std::wstring(L"qcHXyz \0", 8)) {
-        std::wstring text = L"old";
-        EXPECT_EQ(refusal([&] { Tam_date(5, 3, 1999).to_string(std::wstring(L"a%d%") + token + L"b", text); }),
-                  "Tam_date::to_string - invalid format token.");
-        EXPECT_EQ(text, L"a05");
-    }
+    tam::test::expect_format_tokens(Tam_date(5, 3, 1999), L"%ABUYabdjmwx", std::wstring(L"qcHXyz \0", 8), "Tam_date",
+                                    L"%d", L"a05");
 }

@@ -114,19 +114,6 @@ TYPED_TEST(File_buffer, seeks_from_start_low_half_of_the_position_or_end)
                        negative);
 }
 
-TYPED_TEST(File_buffer, reads_and_writes_beyond_4_gib)
-{
-    this->open(this->m_folder / L"sparse");
-    this->m_position = 5 * GIB;
-    this->write("ab");
-    EXPECT_EQ(this->m_position, 5 * GIB + 2);
-    this->m_position = 5 * GIB + 1;
-    EXPECT_EQ(this->read(4), "b");
-    EXPECT_EQ(this->m_position, 5 * GIB + 2);
-    this->m_buffer.seek(TAM_SEEK_END, 0, this->m_position, this->m_status);
-    EXPECT_EQ(this->m_position, 5 * GIB + 2);
-}
-
 TYPED_TEST(File_buffer, holds_the_first_file_until_it_is_closed)
 {
     const std::wstring path = this->m_folder.file(L"first", "abc");

@@ -497,24 +497,6 @@ TEST(Path, separators_belong_to_the_object_and_copies_have_the_default_ones)
     EXPECT_EQ(path.simplify(), L"x/y");
 }
 
-TEST(Path, compares_and_converts_like_its_text)
-{
-    const Tam_path path(L"a\\b");
-    const std::wstring text = path;
-    const std::wstring made(path);
-    const std::wstring& reference = path;
-    const wchar_t* pointer = path;
-    EXPECT_EQ(text, L"a\\b");
-    EXPECT_EQ(made, text);
-    EXPECT_EQ(&reference, &path.text());
-    EXPECT_EQ(pointer, reference.c_str());
-
-    EXPECT_TRUE(path == L"a\\b" && L"a\\b" == path && path == text && text == path && path == Tam_path(text));
-    EXPECT_TRUE(path != L"A\\b" && L"a\\B" != path && path != std::wstring(L"a/b") && path != Tam_path());
-    EXPECT_TRUE(path < L"a\\c" && L"a\\a" < path && path < std::wstring(L"b") && path < Tam_path(L"b"));
-    EXPECT_FALSE(path < path || path < text || path < L"A");
-}
-
 TEST(Path, protected_operations_tell_positions)
 {
     const Open_path path = raw(L"\\\\s\\h\\dd\\f.x");

@@ -100,31 +100,6 @@ TEST(Security_list, an_object_with_an_empty_list_opens_for_nobody)
     const Tam_event second(event_name, false);
 }
 
-TEST(Security_list, a_key_with_an_empty_list_opens_for_nobody)
-{
-    const Scratch_key key;
-    const std::wstring path = key.name().substr(std::wstring(L"CURRENT_USER\\").size());
-    const auto open = [&] {
-        HKEY second = nullptr;
-        const LSTATUS error = ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &second);
-        if (error == ERROR_SUCCESS) {
-            ::RegCloseKey(second);
-        }
-        return error;
-    };
-    ASSERT_EQ(open(), ERROR_SUCCESS);
-    Tam_status status;
-    Tam_security security;
-    security.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, key.get(), status);
-    security.set_disc_acl(Tam_acl(), status, false);
-    EXPECT_TRUE(status.is_clear()) << chain(status).c_str();
-    EXPECT_EQ(open(), ERROR_ACCESS_DENIED);
-    const Tam_acl everyone(TAM_TRUSTEE_EVERYONE, KEY_ALL_ACCESS, status);
-    security.set_disc_acl(everyone, status, false);
-    EXPECT_TRUE(status.is_clear()) << chain(status).c_str();
-    EXPECT_EQ(open(), ERROR_SUCCESS);
-}
-
 TEST(Security_list, set_replaces_and_copies)
 {
     Tam_status status(5);

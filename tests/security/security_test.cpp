@@ -99,33 +99,6 @@ TEST(Security, without_an_association_fetches_and_writes_nothing)
     EXPECT_EQ(Access::descriptor(security), descriptor);
 }
 
-TEST(Security, fetches_the_list_of_an_object_by_handle_in_absolute_form)
-{
-    Tam_security creation;
-    test::List_for_everyone list(SOME_RIGHTS);
-    test::put_list(creation, list.get());
-    Tam_event event(false, &creation);
-    Tam_security security;
-    Tam_status status;
-    event.add_security(security, status);
-    Access::fetch(security, status);
-    EXPECT_TRUE(status.is_clear());
-
-    void* const descriptor = Access::descriptor(security);
-    EXPECT_EQ(security.security_attributes(false)->lpSecurityDescriptor, descriptor);
-    const Found_list found = test::list_in(descriptor);
-    EXPECT_TRUE(found.present);
-    EXPECT_EQ(found.entries, 1U);
-    EXPECT_EQ(found.rights, SOME_RIGHTS);
-    SECURITY_DESCRIPTOR_CONTROL control = 0;
-    DWORD revision = 0;
-    EXPECT_TRUE(::GetSecurityDescriptorControl(descriptor, &control, &revision));
-    EXPECT_EQ(control & SE_SELF_RELATIVE, 0);
-    // Only an absolute descriptor takes another list.
-    test::put_list(security, nullptr);
-    EXPECT_TRUE(test::list_in(descriptor).null);
-}
-
 TEST(Security, reports_an_object_that_is_not_there)
 {
     for (const bool by_name : {false, true}) {

@@ -153,18 +153,6 @@ TEST(System_exception, describes_nested_records_to_any_depth)
               chain.size() * one.size() + (chain.size() - 1) * std::string("\r\nPrevious exception...\r\n").size());
 }
 
-TEST(System_exception, is_copied_with_code_and_text)
-{
-    EXCEPTION_RECORD record = record_of(0xC0000094, 0x1000);
-    const EXCEPTION_POINTERS pointers = {&record, nullptr};
-    const Tam_rpc_exception original(&pointers, true);
-    Tam_system_exception copy;
-    copy = original;
-    EXPECT_EQ(copy.code(), 0xC0000094U);
-    EXPECT_STREQ(copy.what(), original.what());
-    EXPECT_STREQ(Tam_rpc_exception(original).what(), original.what());
-}
-
 TEST(Exception_translator, throws_rpc_exceptions_for_rpc_status_values_alone)
 {
     std::set<DWORD> rpc = {0,    5,    14,   87,   122,  164,  1130, 1730, 1732, 1733, 1734, 1735, 1736, 1737,

@@ -54,22 +54,6 @@ TYPED_TEST(Memory_buffer, does_what_its_model_does)
     Buffer_walk(this->m_buffer, model).run(2000);
 }
 
-TYPED_TEST(Memory_buffer, reports_nothing_read_as_the_end)
-{
-    EXPECT_EQ(this->read(0, 1), "");
-    EXPECT_EQ(chain(this->m_status), L"C2000019");
-    this->write(0, "abc");
-    EXPECT_EQ(this->read(0, 0), "");
-    EXPECT_EQ(chain(this->m_status), L"C2000019");
-    EXPECT_EQ(this->read(0xFFFFFFFFFFFFFFFF, 1), "");
-    EXPECT_EQ(chain(this->m_status), L"C2000019");
-    EXPECT_EQ(this->m_position, 0xFFFFFFFFFFFFFFFF);
-    this->m_status = 5U;
-    this->write(0xFFFFFFFFFFFFFFFF, ""); // nothing, wherever that is
-    EXPECT_EQ(chain(this->m_status), L"");
-    EXPECT_EQ(this->length(), 3U);
-}
-
 // Nobody has a terabyte to give; at the other positions no table can be large enough, and the last three overflow.
 TYPED_TEST(Memory_buffer, refuses_positions_that_are_too_large)
 {
@@ -103,26 +87,6 @@ TYPED_TEST(Memory_buffer, counts_what_is_left_in_32_bits_unless_it_is_for_thread
     EXPECT_EQ(chain(this->m_status), FOR_THREADS ? L"" : L"C2000019");
     EXPECT_EQ(this->read(8, 3), std::string(3, '\0'));
     EXPECT_EQ(this->read(4 * GIB + 3, 9), std::string("\0xyz", 4));
-}
-
-TYPED_TEST(Memory_buffer, gives_all_memory_and_handles_back)
-{
-    const unsigned int blocks = test::heap_blocks();
-    const unsigned int handles = test::open_handles();
-    {
-        TypeParam buffer;
-        Tam_status status;
-        unsigned long long position = 0;
-        const std::string piece(3000, 'x');
-        for (unsigned int i = 0; i < 3000; ++i) {
-            buffer.write(position, 3000, piece.data(), status);
-        }
-        position += 5'000'000;
-        buffer.write(position, 1, "x", status);
-        EXPECT_EQ(chain(status), L"");
-    }
-    EXPECT_EQ(test::heap_blocks(), blocks);
-    EXPECT_EQ(test::open_handles(), handles);
 }
 
 // A source that begins 6000 bytes before memory that nobody may read.

@@ -394,22 +394,5 @@ TEST(Line_readers, follow_a_buffer_that_grows)
     EXPECT_EQ(read_line(stream, Reader::NARROW, 9), (Line{"e", 0, 7}));
 }
 
-TEST(Buffered_istream, refills_its_cache_once_a_block_for_lines)
-{
-    std::string text;
-    while (text.size() < 40000) {
-        text += std::string(text.size() % 61, 'x') + "\r\n";
-    }
-    const Vector_buffer buffer(text);
-    Tam_status status;
-    Tam_buffered_istream stream(buffer, false, status);
-    std::string line;
-    do {
-        stream.readln(100, line, status);
-    } while (status.ok());
-    EXPECT_EQ(stream.tell(), text.size());
-    EXPECT_EQ(buffer.reads.size(), 4U);
-}
-
 } // namespace
 } // namespace tam

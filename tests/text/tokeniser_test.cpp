@@ -64,11 +64,14 @@ TEST(Tokeniser, empty_tokens_stand_between_and_behind_separators_and_terminals)
 
 TEST(Tokeniser, a_character_in_several_sets_acts_by_the_first_of_them)
 {
-    EXPECT_EQ(tokens_of(L",", L",", L",", L",", false, true, L"a,b"), Tokens{L"a"});
-    EXPECT_EQ(tokens_of(L",", L",", L"", L",", false, true, L"a,b"), Tokens{L"ab"});
-    EXPECT_EQ(tokens_of(L",", L"", L"", L",", true, true, L"a,b"), (Tokens{L"a,", L"b"}));
-    EXPECT_EQ(tokens_of(L"", L"", L"", L",", false, true, L"a,b"), (Tokens{L"a", L",", L"b"}));
-    EXPECT_EQ(tokens_of(L"", L"", L"", L"", false, true, L"a,b"), Tokens{L"a,b"});
+    for (const wchar_t* const c : {L",", L"\u3000"}) { // of the first 128 and of the others
+        const std::wstring text = L"a" + std::wstring(c) + L"b";
+        EXPECT_EQ(tokens_of(c, c, c, c, false, true, text), Tokens{L"a"});
+        EXPECT_EQ(tokens_of(c, c, L"", c, false, true, text), Tokens{L"ab"});
+        EXPECT_EQ(tokens_of(c, L"", L"", c, true, true, text), (Tokens{L"a" + std::wstring(c), L"b"}));
+        EXPECT_EQ(tokens_of(L"", L"", L"", c, false, true, text), (Tokens{L"a", c, L"b"}));
+        EXPECT_EQ(tokens_of(L"", L"", L"", L"", false, true, text), Tokens{text});
+    }
 }
 
 TEST(Tokeniser, can_be_copied_and_changed)
