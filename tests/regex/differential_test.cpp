@@ -436,8 +436,8 @@ unsigned int first_seed()
     return wanted != nullptr ? static_cast<unsigned int>(std::strtoul(wanted, nullptr, 10)) : 20261121;
 }
 
-constexpr std::chrono::seconds TIME(8);
-constexpr unsigned int PATTERNS = 1500;
+constexpr std::chrono::seconds TIME(6);
+constexpr unsigned int PATTERNS = 1000;
 constexpr unsigned int TEXTS = 12;
 
 // Calls check(seed) with the seed of each pattern in turn, until there were enough patterns or the time is over.
