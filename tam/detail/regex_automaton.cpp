@@ -101,8 +101,10 @@ Regex_automaton::Code Regex_automaton::step(Code from, unsigned int unit_class, 
                 m_emptied_at = position;
                 from = LIVE; // its row is no more
                 if (is_worthless) {
-                    m_live_left = LIVE_UNITS;
+                    m_live_left = m_live_units;
+                    m_live_units = std::min(2 * m_live_units, MOST_LIVE_UNITS);
                 } else {
+                    m_live_units = LEAST_LIVE_UNITS;
                     row = _find_or_add(m_draft);
                 }
             }

@@ -100,18 +100,20 @@ public:
     Code step(Code from, unsigned int unit_class, unsigned long long position);
 
 private:
-    // With the reserves of the vectors they take less than 3 MiB.
+    // With the reserves of the vectors they take less than 4 MiB.
     static constexpr unsigned int TABLE_CODES = 1U << 17;
     static constexpr unsigned int LEAST_ROWS =
         6; // however long they are: four to start with, and one that does not fit anywhere else
-    static constexpr unsigned int ITEMS = 1U << 16;
+    static constexpr unsigned int ITEMS = 1U << 17;
     static constexpr unsigned int STATES = 1U << 13;
     static constexpr unsigned int LEAST_SLOTS = 64;
     static constexpr unsigned int GROUP_END = std::numeric_limits<unsigned int>::max();
 
-    // A table that was filled within less than this many units for each of its rows is not worth its making.
+    // A table that was filled within less than this many units for each of its rows was not worth its making. Then no
+    // states are kept for a while, which doubles when the next table is no better.
     static constexpr unsigned int UNITS_PER_STATE = 10;
-    static constexpr unsigned int LIVE_UNITS = 1U << 14;
+    static constexpr unsigned int LEAST_LIVE_UNITS = 1U << 8;
+    static constexpr unsigned int MOST_LIVE_UNITS = 1U << 14;
 
     struct State {
         unsigned int first = 0; // of its items
@@ -202,6 +204,7 @@ private:
     bool m_emptied = false; // since the search began
     unsigned long long m_emptied_at = 0;
     unsigned int m_live_left = 0;
+    unsigned int m_live_units = LEAST_LIVE_UNITS; // of the next time
     int m_skip_credit = 0;
 
     Draft m_live;

@@ -27,6 +27,18 @@ struct Regex<Unit>::Stream_text {
         return count != 0;
     }
 
+    // Feeds a run as far as it goes.
+    void feed(Run& run, unsigned int edge, const Tam_status& status)
+    {
+        bool goes_on = true;
+        while (goes_on && read_next()) {
+            goes_on = run.feed(block.data(), count);
+        }
+        if (goes_on && status.ok()) {
+            run.finish(edge);
+        }
+    }
+
     // Reads the units before a place, as many as there are and go into the block.
     bool read_before(unsigned long long end)
     {
@@ -49,13 +61,7 @@ bool Regex<Unit>::match(Tam_istream& stream, Tam_status& status) const
     typename Pool::Lease cache(m_pool);
     Run run = _run(*cache, Goal::WHOLE, Regex_side::EDGE);
     Stream_text text(stream, *cache, status);
-    bool goes_on = true;
-    while (goes_on && text.read_next()) {
-        goes_on = run.feed(text.block.data(), text.count);
-    }
-    if (goes_on && status.ok()) {
-        run.finish(m_alphabet.edge());
-    }
+    text.feed(run, m_alphabet.edge(), status);
     if (run.matched()) {
         stream.seek(text.position_of(text.block_start) + text.reader.delivered());
     }
@@ -70,13 +76,7 @@ bool Regex<Unit>::search(Goal goal, Tam_istream& stream, unsigned long long& sta
     typename Pool::Lease cache(m_pool);
     Run run = _run(*cache, goal, Regex_side::EDGE);
     Stream_text text(stream, *cache, status);
-    bool goes_on = true;
-    while (goes_on && text.read_next()) {
-        goes_on = run.feed(text.block.data(), text.count);
-    }
-    if (goes_on && status.ok()) {
-        run.finish(m_alphabet.edge());
-    }
+    text.feed(run, m_alphabet.edge(), status);
     bool found = false;
     if (run.matched() && status.ok()) {
         const unsigned long long units = _match_length(*cache, goal, run, text);

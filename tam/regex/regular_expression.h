@@ -84,7 +84,7 @@ public:
     /// The bound of the memory that a search works with, beyond the compiled pattern and, in grep, the line. What it
     /// was used for makes later searches faster, so up to MAXIMUM_CACHES such memories are kept with a compiled
     /// pattern: one for each search that was under way at the same time.
-    static constexpr unsigned int MAXIMUM_CACHE_BYTES = 16U << 20;
+    static constexpr unsigned int MAXIMUM_CACHE_BYTES = 24U << 20;
     static constexpr unsigned int MAXIMUM_CACHES = 16;
 
     /// What is read from a stream at once, in bytes.
