@@ -234,7 +234,7 @@ private:
     }
 
     static constexpr std::size_t LEAST_FOR_LANES = 4096; // units
-    static constexpr unsigned int PAUSE = 4;             // windows, after one that had something to tell
+    static constexpr unsigned int PAUSE = 2;             // windows, after one that had something to tell
 
     Run m_run;
     Line_window<Unit>& m_window;

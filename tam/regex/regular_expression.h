@@ -96,10 +96,18 @@ public:
     /// Calls compile.
     Tam_regular_expression(const std::string& pattern, Tam_status& status, bool line_borders = false);
 
+    /// Shares the compiled pattern.
     Tam_regular_expression(const Tam_regular_expression& other) noexcept;
-    Tam_regular_expression(Tam_regular_expression&& other) noexcept; ///< other is left without a pattern
+
+    /// Takes the pattern over; other is left without one.
+    Tam_regular_expression(Tam_regular_expression&& other) noexcept;
+
+    /// Shares the compiled pattern.
     Tam_regular_expression& operator=(const Tam_regular_expression& other) noexcept;
+
+    /// Takes the pattern over; other is left without one.
     Tam_regular_expression& operator=(Tam_regular_expression&& other) noexcept;
+
     ~Tam_regular_expression();
 
     /// Compiles a pattern in place of the earlier one, which stays when this fails.
@@ -121,6 +129,7 @@ public:
     /// The pattern as it was compiled, empty when none was.
     const std::string& pattern() const noexcept;
 
+    /// Whether there is a pattern.
     bool compiled() const noexcept { return m_regex != nullptr; }
 
     /// Whether the pattern matches the whole text.

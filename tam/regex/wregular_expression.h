@@ -21,6 +21,7 @@ namespace tam {
 ///     2 * s + 1 on where the stream's position was odd at the call. An odd byte at the end of the data is not text.
 class TAM_API Tam_wregular_expression {
 public:
+    /// As there.
     static constexpr unsigned int MAXIMUM_REPEAT = Tam_regular_expression::MAXIMUM_REPEAT;
     static constexpr unsigned int MAXIMUM_STATES = Tam_regular_expression::MAXIMUM_STATES;
     static constexpr unsigned int MAXIMUM_CACHE_BYTES = Tam_regular_expression::MAXIMUM_CACHE_BYTES;
@@ -33,10 +34,18 @@ public:
     /// Calls compile.
     Tam_wregular_expression(const std::wstring& pattern, Tam_status& status, bool line_borders = false);
 
+    /// Shares the compiled pattern.
     Tam_wregular_expression(const Tam_wregular_expression& other) noexcept;
-    Tam_wregular_expression(Tam_wregular_expression&& other) noexcept; ///< other is left without a pattern
+
+    /// Takes the pattern over; other is left without one.
+    Tam_wregular_expression(Tam_wregular_expression&& other) noexcept;
+
+    /// Shares the compiled pattern.
     Tam_wregular_expression& operator=(const Tam_wregular_expression& other) noexcept;
+
+    /// Takes the pattern over; other is left without one.
     Tam_wregular_expression& operator=(Tam_wregular_expression&& other) noexcept;
+
     ~Tam_wregular_expression();
 
     /// As Tam_regular_expression::compile.
@@ -45,6 +54,7 @@ public:
     /// The pattern as it was compiled, empty when none was.
     const std::wstring& pattern() const noexcept;
 
+    /// Whether there is a pattern.
     bool compiled() const noexcept { return m_regex != nullptr; }
 
     /// As Tam_regular_expression::match on a string.

@@ -131,8 +131,8 @@ public:
 protected:
     const Tam_buffer* m_buffer = nullptr; ///< not owned; null when detached
     unsigned long long m_position = 0;    ///< the next byte to read
-    bool m_wait = false;
-    Tam_eol m_eol = TAM_EOL_ANY;
+    bool m_wait = false;                  ///< as given to init
+    Tam_eol m_eol = TAM_EOL_ANY;          ///< as given to init
 
 private:
     template <class Units, class Line>

@@ -1,31 +1,17 @@
-#include <tam/config/profile_access.h>
-
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tests/config/file_operations.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/registry_branch.h>
+#include <tests/support/run_child.h>
 
 namespace tam {
 namespace {
 
+using test::bytes_of;
 using test::chain;
 using test::File_operation;
 using test::Temporary_folder;
-
-std::string bytes_of(const std::wstring& text)
-{
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
-}
 
 // A profile that is copied in several pieces, and gets one more section.
 struct Profile_files {
@@ -79,80 +65,59 @@ struct Profile_files {
     std::string new_bytes;
 };
 
-// Exit code of the child, run to its end.
-DWORD run_child(const Profile_files& files, const wchar_t* task, unsigned int operation)
-{
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    const std::wstring folder = std::wstring(program).substr(0, std::wstring(program).rfind(L'\\') + 1);
-    std::wstring command = L"\"" + folder + L"config_crash_child.exe\" \"" + files.path + L"\" " + task + L" " +
-                           std::to_wstring(operation);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
-        return ::GetLastError();
-    }
-    constexpr DWORD LIMIT = 60000;
-    if (::WaitForSingleObject(process.hProcess, LIMIT) != WAIT_OBJECT_0) {
-        ::TerminateProcess(process.hProcess, 1);
-    }
-    DWORD code = 0;
-    ::GetExitCodeProcess(process.hProcess, &code);
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
-    return code;
-}
-
 constexpr DWORD KILLED = 77;
+
+// Kills the child at its first, second, third ... operation until it gets through; what says whether a killed one has left
+// the file in a state that is neither the old nor the new one. Gives the number of those, and of all.
+template <class What>
+std::pair<unsigned int, unsigned int> kill_at_each_operation(const Profile_files& files, const std::wstring& task,
+                                                             const What& is_torn)
+{
+    std::pair<unsigned int, unsigned int> torn_of{0, 0};
+    for (DWORD code = KILLED; code == KILLED;) {
+        SCOPED_TRACE(++torn_of.second);
+        files.reset();
+        code = test::run_child(L"config_crash_child",
+                               L"\"" + files.path + L"\" " + task + L" " + std::to_wstring(torn_of.second));
+        EXPECT_TRUE(code == KILLED || code == 0) << code;
+        if (is_torn()) {
+            ++torn_of.first;
+            EXPECT_TRUE(files.backup() == files.old_bytes);
+        }
+        if (testing::Test::HasFailure()) {
+            break;
+        }
+    }
+    return torn_of;
+}
 
 TEST(Profile_access_crash, a_killed_commit_leaves_old_or_new_contents_in_file_or_backup)
 {
     const Profile_files files;
-    unsigned int torn = 0;
-    unsigned int nth = 1;
-    for (DWORD code = KILLED; code == KILLED; ++nth) {
-        SCOPED_TRACE(nth);
-        files.reset();
-        code = run_child(files, L"commit", nth);
-        ASSERT_TRUE(code == KILLED || code == 0) << code;
+    const auto [torn, of] = kill_at_each_operation(files, L"commit", [&] {
         const bool is_torn = files.file() != files.old_bytes && files.file() != files.new_bytes;
-        if (is_torn) {
-            ++torn;
-            ASSERT_TRUE(files.backup() == files.old_bytes);
-        }
         files.count_files(); // an earlier backup may have been left aside
         Tam_status status;
         Tam_profile_access after(is_torn ? files.folder / L"profile.bak" : files.path, TAM_FILE_OPEN_EXISTING,
                                  TAM_FILE_READ, status);
         after.set_current_section(L"S", status);
         after.move_to_key(L"k1499", status);
-        ASSERT_EQ(chain(status), L"");
-    }
+        EXPECT_EQ(chain(status), L"");
+        return is_torn;
+    });
     EXPECT_TRUE(files.file() == files.new_bytes) << "by the child that was not killed";
     EXPECT_TRUE(files.backup() == files.old_bytes);
-    EXPECT_GT(nth, 12U);
+    EXPECT_GE(of, 12U);
     EXPECT_GE(torn, 1U) << "otherwise the test shows little";
 }
 
 TEST(Profile_access_crash, a_killed_rollback_leaves_the_backup_or_the_old_contents)
 {
     const Profile_files files;
-    unsigned int torn = 0;
-    unsigned int nth = 1;
-    for (DWORD code = KILLED; code == KILLED; ++nth) {
-        SCOPED_TRACE(nth);
-        files.reset();
-        code = run_child(files, L"rollback", nth);
-        ASSERT_TRUE(code == KILLED || code == 0) << code;
-        if (files.file() != files.old_bytes) {
-            ++torn;
-            ASSERT_TRUE(files.backup() == files.old_bytes);
-        }
-    }
+    const auto [torn, of] = kill_at_each_operation(files, L"rollback", [&] { return files.file() != files.old_bytes; });
     EXPECT_TRUE(files.file() == files.old_bytes);
     EXPECT_FALSE(files.has_backup());
-    EXPECT_GT(nth, 5U);
+    EXPECT_GE(of, 5U);
     EXPECT_GE(torn, 1U);
 }
 

@@ -1,38 +1,14 @@
-#include <tam/config/profile_access.h>
+#include <tests/support/test.h>
 
-#include <algorithm>
-#include <functional>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/config/profile_reader.h>
-#include <tam/security/security.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/registry_branch.h>
 
 namespace tam {
 namespace {
 
+using test::bytes_of;
 using test::chain;
 using test::Temporary_folder;
 using Entry = std::pair<std::wstring, std::wstring>;
-
-std::string bytes_of(const std::wstring& text)
-{
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
-}
-
-bool exists(const std::wstring& path)
-{
-    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 // From the cursor on.
 template <class Profile>
@@ -180,7 +156,7 @@ TEST_F(Profile_access, says_what_it_lacks)
     };
     EXPECT_EQ(codes(refused, profile), (Codes{L"C2000054(S)", L"C2000056(s)", L"C2000056(S)"}));
     profile.commit_changes(status);
-    EXPECT_FALSE(exists(backup)) << "what was refused modified nothing";
+    EXPECT_FALSE(Temporary_folder::exists(backup)) << "what was refused modified nothing";
 
     profile.close(status);
     EXPECT_EQ(codes(all, profile), Codes(all.size(), L"C200005B"));
@@ -303,7 +279,7 @@ TEST_F(Profile_access, commits_once_and_rolls_back_to_the_same_bytes)
     profile.commit_changes(status);
     profile.rollback(status);
     EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(exists(backup));
+    EXPECT_FALSE(Temporary_folder::exists(backup));
     EXPECT_EQ(Temporary_folder::bytes_of(path), bytes_of(odd)) << "nothing was changed, so nothing is written";
 
     edit(L"new");
@@ -334,7 +310,7 @@ TEST_F(Profile_access, commits_once_and_rolls_back_to_the_same_bytes)
     profile.rollback(status);
     EXPECT_EQ(chain(status), L"");
     EXPECT_EQ(Temporary_folder::bytes_of(path), first);
-    EXPECT_FALSE(exists(backup));
+    EXPECT_FALSE(Temporary_folder::exists(backup));
     profile.reset_section_position(status);
     EXPECT_EQ(chain(status), L"C2000052");
     EXPECT_EQ(entries(L"S").size(), 2U);
@@ -510,157 +486,6 @@ TEST_F(Profile_access, brings_hostile_texts_back_or_as_documented)
     expected.insert(expected.end() - 2, Entry());
     reader.set_current_section(L"S", status);
     EXPECT_EQ(entries_of(reader), expected);
-}
-
-// A profile as plain as can be.
-struct Model {
-    std::vector<std::pair<std::wstring, std::vector<Entry>>> sections;
-    int current = -1;
-    std::size_t cursor = 0;
-
-    int find(const std::wstring& name) const
-    {
-        for (std::size_t i = 0; i < sections.size(); ++i) {
-            if (::_wcsicmp(sections[i].first.c_str(), name.c_str()) == 0) {
-                return static_cast<int>(i);
-            }
-        }
-        return -1;
-    }
-    std::vector<Entry>& entries() { return sections[static_cast<std::size_t>(current)].second; }
-    std::wstring check(bool entry)
-    {
-        return current < 0 ? L"C2000052"
-               : entry && cursor == entries().size()
-                   ? L"C2000054(" + sections[static_cast<std::size_t>(current)].first + L")"
-                   : L"";
-    }
-};
-
-TEST_F(Profile_access, agrees_with_a_model_on_a_random_walk)
-{
-    const unsigned int seed = 20;
-    std::mt19937 random(seed);
-    const auto name = [&] { return std::wstring{L"aAbBcCdDeE"[random() % 10], L"01"[random() % 2]}; };
-    const auto text = [&] {
-        std::wstring made = L"x";
-        for (unsigned int n = random() % 8; n != 0; --n) {
-            made += L"=\\0AD5C;\n\r[]\xFEFF\xD801 y"[random() % 15];
-        }
-        return made + L"z";
-    };
-    open(L"");
-    Model model;
-    std::vector<Model> committed(1); // and the one before it, for as long as there is a backup
-    for (int step = 0; step < 6000; ++step) {
-        SCOPED_TRACE("seed " + std::to_string(seed) + " step " + std::to_string(step));
-        std::wstring expected;
-        const std::wstring new_name = name();
-        const std::wstring exists = model.find(new_name) >= 0 ? L"C2000056(" + new_name + L")" : L"";
-        Entry entry(text(), text());
-        const unsigned int choice = random() % 200;
-        if (choice < 60) {
-            profile.insert_entry(entry, status);
-            if ((expected = model.check(false)).empty()) {
-                model.entries().insert(model.entries().begin() + static_cast<std::ptrdiff_t>(model.cursor), entry);
-            }
-        } else if (choice < 80) {
-            profile.delete_entry(status);
-            if ((expected = model.check(true)).empty()) {
-                model.entries().erase(model.entries().begin() + static_cast<std::ptrdiff_t>(model.cursor));
-            }
-        } else if (choice < 110) {
-            profile.set_current_section(new_name, status);
-            if (exists.empty()) {
-                expected = L"C2000051(" + new_name + L")";
-            } else {
-                model.current = model.find(new_name);
-                model.cursor = 0;
-            }
-        } else if (choice < 140) {
-            profile.move_to_next_entry(status);
-            if ((expected = model.check(true)).empty()) {
-                ++model.cursor;
-            }
-        } else if (choice < 150) {
-            profile.create_new_section(new_name, status);
-            if ((expected = exists).empty()) {
-                model.sections.push_back({new_name, {}});
-            }
-        } else if (choice < 157) {
-            profile.copy_section(new_name, status);
-            if ((expected = model.current < 0 ? model.check(false) : exists).empty()) {
-                model.sections.push_back({new_name, std::vector<Entry>(model.entries())});
-            }
-        } else if (choice < 167) {
-            profile.rename_section(new_name, status);
-            if ((expected = model.current < 0 ? model.check(false) : exists).empty()) {
-                model.sections[static_cast<std::size_t>(model.current)].first = new_name;
-            }
-        } else if (choice < 175) {
-            profile.delete_section(status);
-            if ((expected = model.check(false)).empty()) {
-                model.sections.erase(model.sections.begin() + model.current);
-                model.current = -1;
-                model.cursor = 0;
-            }
-        } else if (choice < 190 && !(expected = model.check(true)).empty()) {
-            profile.get_current_entry(entry, status);
-        } else if (choice < 190) {
-            const std::wstring key = model.entries()[random() % model.entries().size()].first;
-            profile.move_to_key(key, status);
-            model.cursor = 0;
-            while (::_wcsicmp(model.entries()[model.cursor].first.c_str(), key.c_str()) != 0) {
-                ++model.cursor;
-            }
-        } else if (choice < 193) {
-            // An edit that surely is one: without it, it could be that nothing was modified.
-            profile.create_new_section(L"end" + std::to_wstring(step), status);
-            model.sections.push_back({L"end" + std::to_wstring(step), {}});
-            if (choice == 190) {
-                profile.abort_changes(status);
-                model = committed.back();
-            } else if (choice == 191 && committed.size() > 1) {
-                profile.rollback(status);
-                committed.pop_back();
-                model = committed.back();
-            } else {
-                profile.commit_changes(status);
-                committed.push_back(model);
-                committed.back().current = -1;
-                committed.back().cursor = 0;
-                if (committed.size() > 2) {
-                    committed.erase(committed.begin());
-                }
-                Tam_profile_reader reader(path, status);
-                const Codes names = sections_of(reader);
-                ASSERT_EQ(names.size(), model.sections.size());
-                for (std::size_t i = 0; i < names.size(); ++i) {
-                    ASSERT_EQ(names[i], model.sections[i].first);
-                    reader.set_current_section(names[i], status);
-                    std::vector<Entry> entries = model.sections[i].second;
-                    entries.emplace_back(); // the empty line
-                    ASSERT_EQ(entries_of(reader), entries);
-                }
-            }
-        } else {
-            profile.reset_section_position(status);
-            if ((expected = model.check(false)).empty()) {
-                model.cursor = 0;
-            }
-        }
-        ASSERT_EQ(chain(status), expected) << choice;
-        ASSERT_EQ(profile.end_of_entries(), !model.check(true).empty()) << choice;
-        if (!profile.end_of_entries()) {
-            profile.get_current_entry(entry, status);
-            ASSERT_EQ(entry, model.entries()[model.cursor]) << choice;
-        }
-    }
-    Codes names;
-    for (const auto& section : model.sections) {
-        names.push_back(section.first);
-    }
-    EXPECT_EQ(sections_of(profile), names);
 }
 
 } // namespace

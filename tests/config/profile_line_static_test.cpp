@@ -1,11 +1,6 @@
+#include <tests/support/test.h>
+
 #include <tam/detail/profile_line.h>
-
-#include <random>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <tam/text/trim.h>
 
 namespace tam::detail {
 namespace {

@@ -1,15 +1,7 @@
-#include <tam/config/profile_reader.h>
-
-#include <string>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/temporary_folder.h>
 
 namespace tam {
 namespace {

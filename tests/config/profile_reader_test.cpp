@@ -1,19 +1,4 @@
-#include <tam/config/profile_reader.h>
-
-#include <algorithm>
-#include <memory>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/file/file.h>
-#include <tests/support/chain.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 namespace tam {
 namespace {
@@ -274,77 +259,6 @@ TEST_F(Profile_reader, reads_many_sections)
     EXPECT_EQ(sections().size(), 50000U);
     EXPECT_EQ(entries(L"SECTION49999"), (std::vector<Entry>{{L"key", L"149997"}}));
     EXPECT_EQ(entries(L"section12345"), (std::vector<Entry>{{L"key", L"37035"}}));
-}
-
-// Lines, sections and entries of a file of random bytes, against a plain walk through its units.
-TEST_F(Profile_reader, accounts_for_every_line_of_a_hostile_file)
-{
-    const unsigned int seed = 77;
-    std::mt19937 random(seed);
-    for (int round = 0; round < 60; ++round) {
-        SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
-        std::string bytes(random() % 6000, '\0');
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            const bool any = random() % 16 == 0;
-            bytes[i] = any ? static_cast<char>(random()) : i % 2 == 1 ? '\0' : "[[]]==\\\\0A;x \r\n\n"[random() % 16];
-        }
-        std::vector<std::wstring> expected_names;
-        std::vector<std::size_t> expected_counts;
-        std::wstring line;
-        const auto take_line = [&] {
-            if (line.size() > 1 && line[0] == 0xFEFF && line[1] == L'[') {
-                line = line.substr(1);
-            }
-            if (line.size() > 1 && line.front() == L'[' && line.back() == L']') {
-                expected_names.push_back(line.substr(1, line.size() - 2));
-                expected_counts.push_back(0);
-            } else if (!expected_counts.empty()) {
-                ++expected_counts.back();
-            }
-            line.clear();
-        };
-        const std::size_t units = bytes.size() / 2;
-        bool pending_cr = false;
-        for (std::size_t i = 0; i < units; ++i) {
-            const auto unit = static_cast<wchar_t>(static_cast<unsigned char>(bytes[2 * i]) |
-                                                   static_cast<unsigned char>(bytes[2 * i + 1]) << 8);
-            if (pending_cr && unit == L'\r') {
-                line += L'\r'; // of two the first is text
-                continue;
-            }
-            if (pending_cr || unit == L'\n') {
-                take_line();
-            }
-            if (unit != L'\r' && unit != L'\n') {
-                line += unit;
-            }
-            pending_cr = unit == L'\r';
-        }
-        if (pending_cr || !line.empty()) {
-            take_line();
-        }
-
-        reader.close(status);
-        reader.open(folder.file(L"hostile.ini", bytes), status);
-        ASSERT_EQ(chain(status), L"");
-        ASSERT_EQ(sections(), expected_names);
-        for (std::size_t i = 0; i < expected_names.size(); ++i) {
-            reader.set_current_section(expected_names[i], status);
-            if (expected_names[i].empty()) {
-                ASSERT_EQ(chain(status), L"C2000052");
-                continue;
-            }
-            ASSERT_EQ(chain(status), L"");
-            const std::size_t first = static_cast<std::size_t>(
-                std::find_if(expected_names.begin(), expected_names.end(),
-                             [&](const std::wstring& name) {
-                                 return name.size() == expected_names[i].size() &&
-                                        ::_wcsicmp(name.c_str(), expected_names[i].c_str()) == 0;
-                             }) -
-                expected_names.begin());
-            ASSERT_EQ(entries().size(), expected_counts[first]) << i;
-        }
-    }
 }
 
 } // namespace

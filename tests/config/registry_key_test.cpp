@@ -1,16 +1,8 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <string>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
 #include <tests/config/texts.h>
 #include <tests/security/descriptors.h>
-#include <tests/support/chain.h>
 #include <tests/support/registry_branch.h>
-#include <tests/support/resources.h>
 
 using namespace tam;
 using namespace std::string_literals;
@@ -160,33 +152,6 @@ TEST(Registry_key, is_removed_with_everything_below)
     EXPECT_TRUE(branch.exists(L"ab"));
     EXPECT_EQ(chain(status), L"");
     EXPECT_EQ(test::open_handles(), handles);
-}
-
-TEST(Registry_key, with_ten_thousand_subkeys_is_listed_and_removed)
-{
-    constexpr unsigned int COUNT = 10'000;
-    const Registry_branch branch;
-    HKEY wide = nullptr;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, (branch / L"wide").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                &wide, nullptr),
-              ERROR_SUCCESS);
-    for (unsigned int i = 0; i < COUNT; ++i) {
-        HKEY key = nullptr;
-        ::RegCreateKeyExW(wide, std::to_wstring(COUNT + i).c_str(), 0, nullptr, 0, KEY_READ, nullptr, &key, nullptr);
-        ::RegCloseKey(key);
-    }
-    ::RegCloseKey(wide);
-    Names names;
-    Tam_status status;
-    tam_enum_reg_keys(USER, branch.path(), L"wide", names, status);
-    EXPECT_EQ(chain(status), L"");
-    ASSERT_EQ(names.size(), COUNT);
-    for (unsigned int i = 0; i < COUNT; ++i) {
-        ASSERT_EQ(names.at(i), std::to_wstring(COUNT + i));
-    }
-    tam_remove_reg_key(USER, branch.path(), L"", L"wide", status);
-    EXPECT_EQ(chain(status), L"");
-    EXPECT_FALSE(branch.exists(L"wide"));
 }
 
 TEST(Registry_key, however_deep_is_copied_and_removed)

@@ -1,22 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <functional>
-#include <new>
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/config/texts.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/registry_branch.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using namespace std::string_literals;
@@ -24,6 +11,7 @@ using detail::win32;
 using test::as_list;
 using test::as_vector;
 using test::chain;
+using test::failing;
 using test::Registry_branch;
 using test::Swap;
 
@@ -56,11 +44,6 @@ LSTATUS WINAPI noting_create(HKEY root, const wchar_t* path, DWORD reserved, wch
     EXPECT_EQ(options, static_cast<DWORD>(REG_OPTION_NON_VOLATILE));
     note(L'c', path, access);
     return ::RegCreateKeyExW(root, path, reserved, type, options, access, security, key, disposition);
-}
-
-LSTATUS WINAPI no_set(HKEY, const wchar_t*, DWORD, DWORD, const BYTE*, DWORD)
-{
-    return ERROR_REGISTRY_IO_FAILED;
 }
 
 LSTATUS WINAPI no_delete_of_b(HKEY key, const wchar_t* name)
@@ -254,7 +237,7 @@ TEST(Registry, failing_writes_and_removals_stop_at_once_and_tell_where)
     branch.create(L"a\\b\\c");
     branch.create(L"a\\d");
     const unsigned int handles = test::open_handles();
-    const Swap set(win32.reg_set_value_ex, &no_set);
+    const auto set = failing<0, ERROR_REGISTRY_IO_FAILED>(win32.reg_set_value_ex);
     const Swap remove(win32.reg_delete_key, &no_delete_of_b);
     Tam_status status;
     tam_set_reg_multi_string_value(USER, branch.path(), L"x", L"v", as_list({L"x"}), status);

@@ -1,15 +1,7 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <string>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
 #include <tests/config/texts.h>
-#include <tests/support/chain.h>
 #include <tests/support/registry_branch.h>
-#include <tests/support/resources.h>
 
 using namespace tam;
 using namespace std::string_literals;

@@ -1,17 +1,6 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <algorithm>
 #include <iterator>
-#include <numeric>
-#include <random>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <tam/container/object_vector.h>
-
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using tam::test::thrown;

@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <stdexcept>
-#include <utility>
-#include <vector>
-
-#include <tam/container/pointer_vector.h>
-
-#include <tests/support/thrown.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using tam::test::thrown;
@@ -67,6 +57,25 @@ TEST(Pointer_vector, capacities_are_rounded_up_to_powers_of_two)
     EXPECT_EQ(Tam_ptrvec_impl().capacity(), 8u);
 }
 
+TEST(Pointer_vector, a_full_one_grows_to_four_times_its_capacity_and_keeps_its_order)
+{
+    Tam_ptrvec_impl vector(2);
+    fill(vector, 2);
+    vector.insert(1, object(9));
+    EXPECT_EQ(vector.capacity(), 8u);
+    vector.insert(0, object(8));
+    vector.insert(4, object(7));
+    EXPECT_EQ(contents(vector), (std::vector{object(8), object(0), object(9), object(1), object(7)}));
+    vector.erase(4);
+    vector.erase(0);
+    vector.pop_back();
+    EXPECT_EQ(contents(vector), (std::vector{object(0), object(9)}));
+    EXPECT_TRUE(spare_slots_are_null(vector));
+    vector.clear();
+    EXPECT_EQ(vector.capacity(), 8u);
+    EXPECT_TRUE(vector.empty() && spare_slots_are_null(vector));
+}
+
 TEST(Pointer_vector, wrong_positions_and_empty_vectors_throw_the_documented_texts)
 {
     Tam_ptrvec_impl vector;
@@ -107,16 +116,6 @@ TEST(Pointer_vector, slots_cut_off_by_resize_read_as_null_when_they_come_back)
     EXPECT_EQ(contents(vector), (std::vector<void*>{object(0), object(1), nullptr, nullptr, nullptr}));
 }
 
-TEST(Pointer_vector, access_is_to_the_slot_itself)
-{
-    Tam_ptrvec_impl vector;
-    fill(vector, 3);
-    vector.front() = object(7);
-    vector.at(1) = object(8);
-    vector.back() = object(9);
-    EXPECT_EQ(contents(vector), (std::vector{object(7), object(8), object(9)}));
-}
-
 TEST(Pointer_vector, a_move_leaves_an_empty_vector_that_can_be_used_again)
 {
     Tam_ptrvec_impl from;
@@ -138,82 +137,4 @@ TEST(Pointer_vector, a_move_leaves_an_empty_vector_that_can_be_used_again)
     Tam_ptrvec_impl& itself = to;
     to = std::move(itself);
     EXPECT_EQ(to.size(), 3u);
-}
-
-TEST(Pointer_vector, random_operations_agree_with_a_model)
-{
-    constexpr unsigned int SEED = 20240611;
-    SCOPED_TRACE(testing::Message() << "seed " << SEED);
-    std::mt19937 random(SEED);
-    const auto below = [&random](std::size_t n) { return static_cast<unsigned int>(random() % n); };
-    const auto round_up = [](unsigned int n) {
-        unsigned int power = 1;
-        while (power < n) {
-            power *= 2;
-        }
-        return power;
-    };
-    for (int round = 0; round < 50; ++round) {
-        const unsigned int start = below(20);
-        Tam_ptrvec_impl vector(start);
-        std::vector<void*> model;
-        unsigned int capacity = round_up(start);
-        for (int step = 0; step < 200; ++step) {
-            const auto size = static_cast<unsigned int>(model.size());
-            void* const p = object(below(std::size(objects)));
-            switch (below(9)) {
-            case 0:
-            case 1:
-                capacity = size == capacity ? capacity * 4 : capacity;
-                vector.push_back(p);
-                model.push_back(p);
-                break;
-            case 2:
-            case 3: {
-                const unsigned int position = below(size + 1);
-                capacity = size == capacity ? capacity * 4 : capacity;
-                vector.insert(position, p);
-                model.insert(model.begin() + position, p);
-                break;
-            }
-            case 4:
-                if (size != 0) {
-                    const unsigned int position = below(size);
-                    vector.erase(position);
-                    model.erase(model.begin() + position);
-                }
-                break;
-            case 5:
-                if (size != 0) {
-                    vector.pop_back();
-                    model.pop_back();
-                }
-                break;
-            case 6: {
-                const unsigned int n = below(2 * size + 3);
-                capacity = n > capacity ? round_up(n) : capacity;
-                vector.resize(n);
-                model.resize(n);
-                break;
-            }
-            case 7:
-                if (capacity < 1024) {
-                    const unsigned int n = below(2 * capacity + 1);
-                    capacity = std::max(capacity, round_up(n));
-                    vector.reserve(n);
-                }
-                break;
-            default:
-                if (below(20) == 0) {
-                    vector.clear();
-                    model.clear();
-                }
-            }
-            ASSERT_EQ(vector.size(), model.size());
-            ASSERT_EQ(vector.empty(), model.empty());
-            ASSERT_EQ(vector.capacity(), capacity);
-            ASSERT_EQ(contents(vector), model);
-            ASSERT_TRUE(spare_slots_are_null(vector));
-        }
-    }
 }

@@ -1,10 +1,4 @@
-#include <climits>
-#include <stdexcept>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/calendar_date.h>
-#include <tests/support/thrown.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 

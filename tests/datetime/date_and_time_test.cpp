@@ -1,13 +1,6 @@
-#include <climits>
-#include <stdexcept>
+#include <tests/support/test.h>
 
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/date_and_time.h>
-#include <tests/support/locale.h>
-#include <tests/support/thrown.h>
+#include <tests/datetime/tokens.h>
 
 using namespace tam;
 
@@ -257,16 +250,6 @@ TEST(Date_and_time, formats)
 
 TEST(Date_and_time, knows_its_tokens_and_refuses_others)
 {
-    for (int unit = 0; unit <= 0xFFFF; ++unit) {
-        const auto token = static_cast<wchar_t>(unit);
-        ASSERT_EQ(Tam_date_and_time::is_format_token(token),
-                  std::wstring(L"cz%HIMSXpABUYabdjmwx").find(token) != std::wstring::npos)
-            << unit;
-    }
-    for (const wchar_t token : std::wstring(L"qCDuPyZ \0", 9)) {
-        std::wstring text = L"old";
-        EXPECT_EQ(refusal([&] { at(12, Zone::GMT).to_string(std::wstring(L"a%d%") + token + L"b", text); }),
-                  "Tam_date_and_time::to_string - invalid format token.");
-        EXPECT_EQ(text, L"a05");
-    }
+    tam::test::expect_format_tokens(at(12, Zone::GMT), L"cz%HIMSXpABUYabdjmwx", std::wstring(L"qCDuPyZ \0", 9),
+                                    "Tam_date_and_time", L"%d", L"a05");
 }

@@ -1,14 +1,6 @@
-#include <algorithm>
+#include <tests/support/test.h>
+
 #include <cstdio>
-#include <set>
-#include <thread>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/date.h>
-#include <tam/datetime/idgen.h>
-#include <tam/datetime/time.h>
 
 using namespace tam;
 

@@ -1,11 +1,6 @@
-#include <chrono>
-#include <climits>
-#include <random>
-#include <stdexcept>
+#include <tests/support/test.h>
 
-#include <gtest/gtest.h>
-
-#include <tam/datetime/period.h>
+#include <tests/datetime/tokens.h>
 
 using namespace tam;
 
@@ -19,15 +14,10 @@ void expect_is(const Tam_time_period& period, long long seconds, int microsecond
     EXPECT_EQ(period.microseconds(), microseconds);
 }
 
-template <class Function>
-void expect_refused(Function function)
+template <class Action>
+void expect_refused(Action action)
 {
-    try {
-        function();
-        ADD_FAILURE() << "accepted";
-    } catch (const std::invalid_argument& refusal) {
-        EXPECT_STREQ(refusal.what(), "Invalid time period given to Tam_time_period::set()");
-    }
+    EXPECT_EQ(tam::test::thrown<std::invalid_argument>(action), "Invalid time period given to Tam_time_period::set()");
 }
 
 std::wstring text_of(const Tam_time_period& period, const std::wstring& format)
@@ -40,42 +30,6 @@ std::wstring text_of(const Tam_time_period& period, const std::wstring& format)
 Wide total(const Tam_time_period& period)
 {
     return static_cast<Wide>(period.seconds()) * 1000000 + period.microseconds();
-}
-
-// The rule for both fields step by step, each result cut to the width of its field.
-void expect_by_rule(const Tam_time_period& result, Wide seconds, Wide microseconds)
-{
-    const auto field_s = static_cast<long long>(seconds);
-    const auto field_u = static_cast<int>(microseconds);
-    const long long q = field_u / 1000000;
-    auto s = static_cast<long long>(static_cast<Wide>(field_s) + q);
-    long long u = field_u;
-    if (s < 0 && u > 0) {
-        s = s + 1;
-        u = u - 1000000;
-    } else if (s > 0 && u < 0) {
-        s = s - 1;
-        u = u + 1000000;
-    }
-    if (s == field_s) {
-        expect_is(result, field_s, field_u);
-    } else {
-        expect_is(result, s, static_cast<int>(u % 1000000));
-    }
-}
-
-// What can be told apart by sign and size, the limits included.
-template <class Random>
-long long any_number(Random& random, long long lowest, long long highest)
-{
-    const long long near[] = {0, 1, -1, lowest, lowest + 1, highest, highest - 1};
-    const auto choice = random() % 14;
-    if (choice < 7) {
-        return near[choice];
-    }
-    const auto bits = static_cast<long long>(random() >> (random() % 63));
-    const long long number = random() % 2 != 0 ? bits : -bits;
-    return lowest == LLONG_MIN ? number : number % highest;
 }
 
 } // namespace
@@ -183,36 +137,6 @@ TEST(Time_period, calculates_exactly_within_its_fields)
     }
 }
 
-TEST(Time_period, wraps_in_the_width_of_each_field)
-{
-    std::mt19937_64 random(21);
-    for (int round = 0; round < 20000; ++round) {
-        const auto any = [&] {
-            const long long s = any_number(random, LLONG_MIN, LLONG_MAX);
-            const int u = static_cast<int>(any_number(random, -1000000, 1000000));
-            return Tam_time_period(s, (s < 0) == (u < 0) || s == 0 ? u : 0);
-        };
-        const Tam_time_period a = any();
-        const Tam_time_period b = any();
-        const int k = static_cast<int>(any_number(random, INT_MIN, INT_MAX));
-        const Wide as = a.seconds();
-        const Wide au = a.microseconds();
-        expect_by_rule(a + b, as + b.seconds(), au + b.microseconds());
-        expect_by_rule(a - b, as - b.seconds(), au - b.microseconds());
-        expect_by_rule(a * k, as * k, au * k);
-        if (k != 0) {
-            const Wide t = static_cast<long long>(total(a));
-            const auto quotient = static_cast<long long>(t / k);
-            expect_is(a / k, quotient / 1000000, static_cast<int>(quotient % 1000000));
-            const auto rest = static_cast<long long>(t % k);
-            expect_is(a % k, rest / 1000000, static_cast<int>(rest % 1000000));
-        }
-        if (HasFailure()) {
-            FAIL() << "round " << round;
-        }
-    }
-}
-
 TEST(Time_period, kept_oddities_of_arithmetic)
 {
     // The product of the microseconds wraps: 2500000000 is -1794967296.
@@ -258,14 +182,6 @@ TEST(Time_period, formats_totals)
 
 TEST(Time_period, refuses_unknown_tokens_and_keeps_the_text_so_far)
 {
-    for (const wchar_t token : std::wstring(L"cdhmpsUX x0\0", 12)) {
-        std::wstring text = L"old";
-        try {
-            Tam_time_period(1, 0).to_string(std::wstring(L"a%S%") + token + L"b", text);
-            ADD_FAILURE() << "accepted " << static_cast<int>(token);
-        } catch (const std::invalid_argument& refusal) {
-            EXPECT_STREQ(refusal.what(), "Tam_time_period::to_string - invalid format token.");
-        }
-        EXPECT_EQ(text, L"a01");
-    }
+    tam::test::expect_format_tokens(Tam_time_period(1, 0), L"", std::wstring(L"cdhmpsUX x0\0", 12), "Tam_time_period",
+                                    L"%S", L"a01");
 }

@@ -1,11 +1,4 @@
-#include <memory>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/status_arg.h>
-#include <tam/status/status.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 
@@ -61,23 +54,4 @@ TEST(Date_time_status_arg, has_an_identifier_of_its_own)
             EXPECT_EQ(*a == *b, a == b);
         }
     }
-}
-
-TEST(Date_time_status_arg, is_kept_by_value)
-{
-    Tam_date date(5, 3, 1999);
-    Tam_time time(1, 2, 3, 4);
-    Tam_date_and_time both(date, time, Tam_time_zone::GMT);
-    const Tam_status status(0xC2000001, Tam_date_status_arg(date), Tam_time_status_arg(time),
-                            Tam_date_and_time_status_arg(both));
-    const Tam_status copy = status;
-    date = Tam_date(6, 4, 2000);
-    time = Tam_time();
-    both = Tam_date_and_time();
-    ASSERT_EQ(copy.end() - copy.begin(), 3);
-    EXPECT_EQ(dynamic_cast<const Tam_date_status_arg&>(*copy.begin()[0]).value(), Tam_date(5, 3, 1999));
-    EXPECT_EQ(dynamic_cast<const Tam_time_status_arg&>(*copy.begin()[1]).value(), Tam_time(1, 2, 3, 4));
-    EXPECT_TRUE(dynamic_cast<const Tam_date_and_time_status_arg&>(*copy.begin()[2])
-                    .value()
-                    .is_same_as(Tam_date_and_time(Tam_date(5, 3, 1999), Tam_time(1, 2, 3, 4), Tam_time_zone::GMT)));
 }

@@ -1,10 +1,6 @@
-#include <cwchar>
+#include <tests/support/test.h>
 
-#include <gtest/gtest.h>
-
-#include <tam/datetime/date.h>
 #include <tam/detail/win32.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using tam::test::Swap;

@@ -1,15 +1,8 @@
-#include <climits>
+#include <tests/support/test.h>
+
+#include <tests/datetime/tokens.h>
+
 #include <clocale>
-#include <cwchar>
-#include <random>
-#include <stdexcept>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/time.h>
-#include <tests/support/locale.h>
 
 using namespace tam;
 
@@ -63,14 +56,13 @@ TEST(Time, refuses_parts_that_no_clock_shows_and_stays_as_it_was)
         parts.tm_min = row[1];
         parts.tm_sec = row[2];
         for (int way = 0; way < 3; ++way) {
-            try {
-                way == 0   ? time.time(row[0], row[1], row[2], row[3])
-                : way == 1 ? time.time(parts, row[3])
-                           : static_cast<void>(Tam_time(row[0], row[1], row[2], row[3]));
-                ADD_FAILURE() << "accepted " << row[0] << ":" << row[1] << ":" << row[2] << "." << row[3];
-            } catch (const std::invalid_argument& refusal) {
-                EXPECT_STREQ(refusal.what(), "Invalid argument to Tam_time::set()");
-            }
+            EXPECT_EQ(tam::test::thrown<std::invalid_argument>([&] {
+                          way == 0   ? time.time(row[0], row[1], row[2], row[3])
+                          : way == 1 ? time.time(parts, row[3])
+                                     : static_cast<void>(Tam_time(row[0], row[1], row[2], row[3]));
+                      }),
+                      "Invalid argument to Tam_time::set()")
+                << row[0] << ":" << row[1] << ":" << row[2] << "." << row[3];
         }
     }
     EXPECT_EQ(time, Tam_time(1, 2, 3, 4));
@@ -94,45 +86,6 @@ TEST(Time, wraps_into_one_day)
     EXPECT_EQ(Tam_time() - Tam_time(), Tam_time_period::ZERO);
 }
 
-TEST(Time, calculates_modulo_one_day)
-{
-    std::mt19937_64 random(22);
-    for (int round = 0; round < 20000; ++round) {
-        const auto near_days = [&] {
-            const long long days = static_cast<long long>(random() % 5) - 2;
-            const long long rest = static_cast<long long>(random() % 7) < 3 ? static_cast<long long>(random() % 3) - 1
-                                                                            : static_cast<long long>(random() % DAY);
-            const long long sum = days * DAY + rest;
-            return Tam_time_period(sum / 1000000, static_cast<int>(sum % 1000000));
-        };
-        const auto modulo_day = [](long long sum) { return ((sum % DAY) + DAY) % DAY; };
-        const Tam_time_period a = near_days();
-        const Tam_time_period b = near_days();
-        ASSERT_EQ(total(Tam_time(a)), modulo_day(total(a)));
-        ASSERT_EQ(total(Tam_time(a) + b), modulo_day(total(a) + total(b)));
-        ASSERT_EQ(total(Tam_time(a) - b), modulo_day(total(a) - total(b)));
-        ASSERT_EQ(total(Tam_time(a) - Tam_time(b)), modulo_day(total(a) - total(b)));
-        Tam_time changed(a);
-        ASSERT_EQ((changed += b) -= b, Tam_time(a));
-        const long long ta = total(Tam_time(a));
-        const long long tb = total(Tam_time(b));
-        ASSERT_EQ(Tam_time(a) < Tam_time(b), ta < tb);
-        ASSERT_EQ(Tam_time(a) <= Tam_time(b), ta <= tb);
-        ASSERT_EQ(Tam_time(a) > Tam_time(b), ta > tb);
-        ASSERT_EQ(Tam_time(a) >= Tam_time(b), ta >= tb);
-        ASSERT_EQ(Tam_time(a) == Tam_time(b), ta == tb);
-        ASSERT_EQ(Tam_time(a) != Tam_time(b), ta != tb);
-    }
-}
-
-TEST(Time, noon_is_pm)
-{
-    EXPECT_TRUE(Tam_time(12, 0, 0, 0).is_pm());
-    EXPECT_TRUE(Tam_time(11, 59, 59, 999999).is_am());
-    EXPECT_TRUE(Tam_time().is_am());
-    EXPECT_FALSE(Tam_time::max_time().is_am());
-}
-
 TEST(Time, now_is_the_local_clock)
 {
     const auto clock = [] {
@@ -148,16 +101,10 @@ TEST(Time, now_is_the_local_clock)
     EXPECT_EQ(now.microseconds() % 1000, 0);
 }
 
-TEST(Time, formats_as_the_run_time_does)
+TEST(Time, formats_other_text_as_it_is)
 {
-    const Tam_time afternoon(15, 4, 9, 999999);
-    EXPECT_EQ(text_of(afternoon, L"%H|%I|%M|%S|%p|%X"), L"15|03|04|09|PM|15:04:09");
-    EXPECT_EQ(text_of(Tam_time(), L"%H|%I|%p"), L"00|12|AM");
-    EXPECT_EQ(text_of(afternoon, L"%%%H%"), L"%15%");
-    EXPECT_EQ(text_of(afternoon, L""), L"");
-    ASSERT_NE(std::setlocale(LC_TIME, "English"), nullptr);
-    EXPECT_EQ(text_of(afternoon, L"%X"), L"3:04:09 PM");
-    std::setlocale(LC_TIME, "C");
+    EXPECT_EQ(text_of(Tam_time(15, 4, 9, 999999), L"%%%H%"), L"%15%");
+    EXPECT_EQ(text_of(Tam_time(), L""), L"");
 }
 
 TEST(Time, formats_each_hour_as_the_run_time_does_in_each_locale)
@@ -180,18 +127,6 @@ TEST(Time, formats_each_hour_as_the_run_time_does_in_each_locale)
 
 TEST(Time, knows_its_tokens_and_refuses_others)
 {
-    for (int unit = 0; unit <= 0xFFFF; ++unit) {
-        const auto token = static_cast<wchar_t>(unit);
-        ASSERT_EQ(Tam_time::is_format_token(token), std::wstring(L"%HIMSXp").find(token) != std::wstring::npos) << unit;
-    }
-    for (const wchar_t token : std::wstring(L"hPDCuxcz\0", 9)) {
-        std::wstring text = L"old";
-        try {
-            Tam_time(1, 2, 3, 4).to_string(std::wstring(L"a%S%") + token + L"b", text);
-            ADD_FAILURE() << "accepted " << static_cast<int>(token);
-        } catch (const std::invalid_argument& refusal) {
-            EXPECT_STREQ(refusal.what(), "Tam_time::to_string - invalid format token.");
-        }
-        EXPECT_EQ(text, L"a03");
-    }
+    tam::test::expect_format_tokens(Tam_time(1, 2, 3, 4), L"%HIMSXp", std::wstring(L"hPDCuxcz\0", 9), "Tam_time", L"%S",
+                                    L"a03");
 }

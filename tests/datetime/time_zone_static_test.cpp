@@ -1,15 +1,8 @@
+#include <tests/support/test.h>
+
 #include <cstdlib>
-#include <stdexcept>
 
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/date_and_time.h>
 #include <tam/detail/win32.h>
-#include <tam/status/exceptions.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using tam::test::Swap;
@@ -78,11 +71,7 @@ void fail_the_mutex_and_exit()
     const auto use_local = [] { return thrown<Tam_sys_call_fail>([] { Tam_time_zone::local(); }); };
     const std::string failed = "::WaitForSingleObject failed, reason 5";
     {
-        const Swap guard(
-            detail::win32.wait_for_single_object, +[](HANDLE, DWORD) WINAPI -> DWORD {
-                ::SetLastError(ERROR_ACCESS_DENIED);
-                return WAIT_FAILED;
-            });
+        const auto guard = tam::test::failing<ERROR_ACCESS_DENIED, WAIT_FAILED>(detail::win32.wait_for_single_object);
         if (use() != failed || use_local() != failed) {
             std::exit(1);
         }

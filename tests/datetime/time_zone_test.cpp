@@ -1,11 +1,4 @@
-#include <climits>
-#include <map>
-#include <stdexcept>
-
-#include <gtest/gtest.h>
-
-#include <tam/datetime/time_zone.h>
-#include <tests/support/thrown.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 

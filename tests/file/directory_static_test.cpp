@@ -1,14 +1,6 @@
-#include <string>
-
-#include <gtest/gtest.h>
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/file/directory.h>
-#include <tam/file/directory_iterator.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/temporary_folder.h>
 
 using tam::Tam_directory;
 using tam::Tam_directory_iterator;
@@ -28,18 +20,6 @@ BOOL WINAPI fail_after_some_steps(HANDLE search, WIN32_FIND_DATAW* found)
     }
     ::SetLastError(ERROR_READ_FAULT);
     return FALSE;
-}
-
-void expect_failed_step(const Tam_status& status, const std::wstring& directory)
-{
-    EXPECT_EQ(status.value(), 0xC2000062U);
-    ASSERT_EQ(status.end() - status.begin(), 1);
-    std::wstring text;
-    status.begin()[0]->to_string(text);
-    EXPECT_EQ(text, directory);
-    ASSERT_TRUE(status.has_child());
-    EXPECT_EQ(status.child()->value(), static_cast<unsigned int>(ERROR_READ_FAULT));
-    EXPECT_FALSE(status.child()->has_child());
 }
 
 } // namespace
@@ -63,7 +43,7 @@ TEST(Directory_iterator, reports_a_failing_step_with_the_directory_wherever_it_h
         EXPECT_EQ(seen, steps < 2 ? 0 : steps - 1);
         EXPECT_EQ(entry.begin(), steps < 3);
         EXPECT_TRUE((*entry).name.empty());
-        expect_failed_step(entry.status(), folder.path());
+        EXPECT_EQ(tam::test::chain(entry.status()), L"C2000062(" + folder.path() + L") 30");
 
         g_steps_left = steps;
         Tam_object_vector<std::wstring> names;
@@ -79,16 +59,9 @@ TEST(Directory, rename_reports_the_move_that_fails_after_the_removal)
     const Temporary_folder folder;
     ::CreateDirectoryW((folder / L"a").c_str(), nullptr);
     ::CreateDirectoryW((folder / L"b").c_str(), nullptr);
-    const Swap guard(
-        tam::detail::win32.move_file, +[](const wchar_t*, const wchar_t*) WINAPI -> BOOL {
-            ::SetLastError(ERROR_NOT_SAME_DEVICE);
-            return FALSE;
-        });
+    const auto guard = tam::test::failing<ERROR_NOT_SAME_DEVICE>(tam::detail::win32.move_file);
     Tam_status status;
     Tam_directory::rename(folder / L"a", folder / L"b", true, status);
-    EXPECT_EQ(status.value(), 0xC2000030U);
-    ASSERT_TRUE(status.has_child());
-    EXPECT_EQ(status.child()->value(), static_cast<unsigned int>(ERROR_NOT_SAME_DEVICE));
-    EXPECT_FALSE(status.child()->has_child());
+    EXPECT_EQ(tam::test::chain(status), L"C2000030(" + folder / L"a" + L", " + folder / L"b" + L") 17");
     EXPECT_EQ(::GetFileAttributesW((folder / L"b").c_str()), INVALID_FILE_ATTRIBUTES);
 }

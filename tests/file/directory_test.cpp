@@ -1,62 +1,22 @@
-#include <tam/file/directory.h>
+#include <tests/support/test.h>
 
-#include <cstring>
-#include <cwchar>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <tests/support/temporary_folder.h>
+#include <tests/support/run_child.h>
 
 using tam::Tam_directory;
 using tam::Tam_object_vector;
 using tam::Tam_status;
+using tam::test::chain;
 using tam::test::Temporary_folder;
+using tam::test::thrown;
 
 namespace {
 
 constexpr unsigned int ALL = 0xFFFFFFFF;
 
-// The chain from the newest to the oldest: each code with its arguments.
-using Chain = std::vector<std::pair<unsigned int, std::vector<std::wstring>>>;
-
-Chain chain(const Tam_status& status)
-{
-    Chain all;
-    for (const Tam_status* link = &status; link != nullptr; link = link->child()) {
-        std::vector<std::wstring> arguments;
-        for (const auto* argument = link->begin(); argument != link->end(); ++argument) {
-            (*argument)->to_string(arguments.emplace_back());
-        }
-        all.emplace_back(link->value(), arguments);
-    }
-    return all;
-}
-
 bool is_directory(const std::wstring& path)
 {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-bool exists(const std::wstring& path)
-{
-    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-template <class Operation>
-std::string thrown_by(Operation operation)
-{
-    try {
-        operation();
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "";
 }
 
 } // namespace
@@ -67,23 +27,23 @@ TEST(Directory, create_and_remove_report_the_system_under_their_code)
     const std::wstring path = folder / L"d";
     Tam_status status(0x42000001); // both leave the status of the caller alone when they succeed
     Tam_directory::create(path, status);
-    EXPECT_EQ(chain(status), (Chain{{0x42000001, {}}}));
+    EXPECT_EQ(chain(status), L"42000001");
     EXPECT_TRUE(is_directory(path));
 
     Tam_directory::create(path, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC200002D, {path}}, {ERROR_ALREADY_EXISTS, {}}}));
+    EXPECT_EQ(chain(status), L"C200002D(" + path + L") 183");
     const std::wstring file = folder.file(L"d\\f", "");
     Tam_directory::remove(path, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC200002E, {path}}, {ERROR_DIR_NOT_EMPTY, {}}}));
+    EXPECT_EQ(chain(status), L"C200002E(" + path + L") 145");
     ::DeleteFileW(file.c_str());
     status.clear();
     Tam_directory::remove(path, status);
     EXPECT_TRUE(status.is_clear());
-    EXPECT_FALSE(exists(path));
+    EXPECT_FALSE(Temporary_folder::exists(path));
     Tam_directory::remove(path, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC200002E, {path}}, {ERROR_FILE_NOT_FOUND, {}}}));
+    EXPECT_EQ(chain(status), L"C200002E(" + path + L") 2");
     Tam_directory::create(folder / L"none\\d", status);
-    EXPECT_EQ(chain(status), (Chain{{0xC200002D, {folder / L"none\\d"}}, {ERROR_PATH_NOT_FOUND, {}}}));
+    EXPECT_EQ(chain(status), L"C200002D(" + folder / L"none\\d" + L") 3");
 }
 
 TEST(Directory, empty_arguments_are_thrown)
@@ -91,15 +51,18 @@ TEST(Directory, empty_arguments_are_thrown)
     Tam_status status;
     Tam_object_vector<std::wstring> names;
     names.push_back(L"kept");
-    EXPECT_EQ(thrown_by([&] { Tam_directory::create(L"", status); }), "Tam_directory::create - empty path.");
-    EXPECT_EQ(thrown_by([&] { Tam_directory::remove(L"", status); }), "Tam_directory::remove - empty path.");
-    EXPECT_EQ(thrown_by([&] { Tam_directory::list(L"", names, ALL); }), "Tam_directory::list - empty mask.");
-    EXPECT_EQ(thrown_by([&] { Tam_directory::exist(L""); }), "Tam_directory::exist - empty mask.");
+    EXPECT_EQ(thrown<std::invalid_argument>([&] { Tam_directory::create(L"", status); }),
+              "Tam_directory::create - empty path.");
+    EXPECT_EQ(thrown<std::invalid_argument>([&] { Tam_directory::remove(L"", status); }),
+              "Tam_directory::remove - empty path.");
+    EXPECT_EQ(thrown<std::invalid_argument>([&] { Tam_directory::list(L"", names, ALL); }),
+              "Tam_directory::list - empty mask.");
+    EXPECT_EQ(thrown<std::invalid_argument>([&] { Tam_directory::exist(L""); }), "Tam_directory::exist - empty mask.");
     EXPECT_EQ(names.size(), 1U);
     status = 5;
-    EXPECT_EQ(thrown_by([&] { Tam_directory::rename(L"", L"", false, status); }),
+    EXPECT_EQ(thrown<std::invalid_argument>([&] { Tam_directory::rename(L"", L"", false, status); }),
               "Tam_directory::rename - empty old_dirpath.");
-    EXPECT_EQ(thrown_by([&] { Tam_directory::rename(L"x", L"", false, status); }),
+    EXPECT_EQ(thrown<std::invalid_argument>([&] { Tam_directory::rename(L"x", L"", false, status); }),
               "Tam_directory::rename - empty new_dirpath.");
     EXPECT_TRUE(status.is_clear());
 }
@@ -112,7 +75,7 @@ TEST(Directory, rename_moves_a_directory_with_its_contents)
     folder.file(L"old\\f", "x");
     Tam_directory::rename(folder / L"old\\", folder / L"new\\", false, status);
     EXPECT_TRUE(status.is_clear());
-    EXPECT_FALSE(exists(folder / L"old"));
+    EXPECT_FALSE(Temporary_folder::exists(folder / L"old"));
     EXPECT_EQ(Temporary_folder::bytes_of(folder / L"new\\f"), "x");
 
     // An empty directory and a file make room.
@@ -137,14 +100,14 @@ TEST(Directory, rename_reports_what_is_in_the_way)
     folder.file(L"b\\f", "");
 
     Tam_directory::rename(a + L"\\", b + L"\\", false, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC2000030, {a, b}}, {0xC200002F, {b}}}));
+    EXPECT_EQ(chain(status), L"C2000030(" + a + L", " + b + L") C200002F(" + b + L")");
     Tam_directory::rename(a, b, true, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC2000030, {a, b}}, {0xC200002E, {b}}, {ERROR_DIR_NOT_EMPTY, {}}}));
+    EXPECT_EQ(chain(status), L"C2000030(" + a + L", " + b + L") C200002E(" + b + L") 145");
     Tam_directory::rename(file, folder / L"x", false, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC2000030, {file, folder / L"x"}}, {0xC200002C, {file}}}));
+    EXPECT_EQ(chain(status), L"C2000030(" + file + L", " + folder / L"x" + L") C200002C(" + file + L")");
     Tam_directory::rename(a, folder / L"none\\x", false, status);
-    EXPECT_EQ(chain(status), (Chain{{0xC2000030, {a, folder / L"none\\x"}}, {ERROR_PATH_NOT_FOUND, {}}}));
-    EXPECT_TRUE(is_directory(a) && is_directory(b) && exists(b + L"\\f"));
+    EXPECT_EQ(chain(status), L"C2000030(" + a + L", " + folder / L"none\\x" + L") 3");
+    EXPECT_TRUE(is_directory(a) && is_directory(b) && Temporary_folder::exists(b + L"\\f"));
 }
 
 TEST(Directory, list_gives_up_to_max_names_of_files_and_directories)
@@ -246,34 +209,9 @@ std::wstring temp_directory_of_child(const wchar_t* tmp)
     wchar_t before[MAX_PATH];
     ::GetEnvironmentVariableW(L"TMP", before, MAX_PATH);
     ::SetEnvironmentVariableW(L"TMP", tmp);
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    *(std::wcsrchr(program, L'\\') + 1) = L'\0';
-    std::wstring command = std::wstring(L"\"") + program + L"temp_directory_child.exe\"";
-
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     const std::wstring path = folder / L"out";
-    const HANDLE output = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, &inherited, CREATE_NEW, 0, nullptr);
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = output;
-    PROCESS_INFORMATION child{};
-    const bool started =
-        ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child) != 0;
+    const DWORD code = tam::test::run_child(L"temp_directory_child", L"\"" + path + L"\"");
     ::SetEnvironmentVariableW(L"TMP", before);
-    ::CloseHandle(output);
-    if (!started) {
-        return L"not started";
-    }
-    DWORD code = 1;
-    if (::WaitForSingleObject(child.hProcess, 30000) != WAIT_OBJECT_0) {
-        ::TerminateProcess(child.hProcess, 1);
-        ::WaitForSingleObject(child.hProcess, 5000);
-    }
-    ::GetExitCodeProcess(child.hProcess, &code);
-    ::CloseHandle(child.hThread);
-    ::CloseHandle(child.hProcess);
     const std::string bytes = Temporary_folder::bytes_of(path);
     std::wstring both(bytes.size() / sizeof(wchar_t), L'\0');
     std::memcpy(both.data(), bytes.data(), bytes.size());

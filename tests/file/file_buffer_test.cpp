@@ -1,17 +1,7 @@
-#include <chrono>
-#include <future>
-#include <string>
-#include <vector>
+#include <tests/support/test.h>
 
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/file/file.h>
-#include <tam/file/file_buffer.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/stream/follow.h>
+#include <tests/stream/seek_cases.h>
 
 using namespace tam;
 using test::chain;
@@ -106,48 +96,22 @@ TYPED_TEST(File_buffer, seeks_from_start_low_half_of_the_position_or_end)
 {
     this->open(this->m_folder.file(L"file", "0123456789"));
     const std::wstring negative = L"C2000027 " + std::to_wstring(ERROR_NEGATIVE_SEEK);
-    const struct {
-        unsigned int mode;
-        int offset;
-        unsigned long long position;
-        unsigned long long expected;
-        bool fails;
-    } cases[] = {
-        {0, 4, 9, 4, false},
-        {0, -1, 9, 9, true},
-        {1, -2, 9, 7, false},
-        {1, -10, 9, 9, true},
-        {2, -2, 0, 8, false},
-        {2, 5, 0, 15, false},
-        {2, -11, 3, 3, true},
-        {7, -2, 9, 7, false},
-        // Between 2 and 4 GiB the low half is not negative, and the sum may pass 4 GiB.
-        {1, -1, 3 * GIB, 3 * GIB - 1, false},
-        {1, 1, 0xFFFFFFFF, 0x100000000, false},
-        // Beyond that the high half is lost.
-        {1, 3, 5 * GIB, GIB + 3, false},
-        {1, -1, 4 * GIB, 4 * GIB, true},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.mode << ", " << c.offset << ", " << c.position);
-        this->m_position = c.position;
-        this->m_buffer.seek(static_cast<Tam_seek_mode>(c.mode), c.offset, this->m_position, this->m_status);
-        EXPECT_EQ(chain(this->m_status), c.fails ? negative : L"");
-        EXPECT_EQ(this->m_position, c.expected);
-    }
-}
-
-TYPED_TEST(File_buffer, reads_and_writes_beyond_4_gib)
-{
-    this->open(this->m_folder / L"sparse");
-    this->m_position = 5 * GIB;
-    this->write("ab");
-    EXPECT_EQ(this->m_position, 5 * GIB + 2);
-    this->m_position = 5 * GIB + 1;
-    EXPECT_EQ(this->read(4), "b");
-    EXPECT_EQ(this->m_position, 5 * GIB + 2);
-    this->m_buffer.seek(TAM_SEEK_END, 0, this->m_position, this->m_status);
-    EXPECT_EQ(this->m_position, 5 * GIB + 2);
+    test::expect_seeks(this->m_buffer,
+                       {{0, 4, 9, 4},
+                        {0, -1, 9, 9, true},
+                        {1, -2, 9, 7},
+                        {1, -10, 9, 9, true},
+                        {2, -2, 0, 8},
+                        {2, 5, 0, 15},
+                        {2, -11, 3, 3, true},
+                        {7, -2, 9, 7},
+                        // Between 2 and 4 GiB the low half is not negative, and the sum may pass 4 GiB.
+                        {1, -1, 3 * GIB, 3 * GIB - 1},
+                        {1, 1, 0xFFFFFFFF, 0x100000000},
+                        // Beyond that the high half is lost.
+                        {1, 3, 5 * GIB, GIB + 3},
+                        {1, -1, 4 * GIB, 4 * GIB, true}},
+                       negative);
 }
 
 TYPED_TEST(File_buffer, holds_the_first_file_until_it_is_closed)
@@ -238,45 +202,13 @@ TYPED_TEST(File_buffer, leaves_an_attached_file_open_and_closes_its_own)
     EXPECT_EQ(test::heap_blocks(), blocks);
 }
 
-// A reader follows a live writer to its end: every byte arrives once and in order, and the end comes only when the
-// writer has gone.
 TEST(File_buffer_mt, a_waiting_reader_follows_the_writer_to_its_end)
 {
     const Temporary_folder folder;
     Tam_status status;
     Tam_file_buffer_mt buffer(folder / L"file", TAM_FILE_OPEN_EMPTY, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_NONE,
                               status);
-    buffer.connect_ostream(status);
-    unsigned long long where = 0;
-    char byte;
-    EXPECT_EQ(buffer.read(false, where, 1, &byte, status), 0U); // this one does not wait
-    EXPECT_EQ(chain(status), L"C2000019");
-
-    auto reader = std::async(std::launch::async, [&buffer] {
-        std::string all;
-        std::string part(100, '?');
-        unsigned long long position = 0;
-        Tam_status end;
-        for (;;) {
-            const unsigned int done = buffer.read(true, position, 100, part.data(), end);
-            if (!end.ok()) {
-                return all + (done == 0 && end == TAM_E_END_OF_DATA ? "" : " and a failure");
-            }
-            all.append(part, 0, done);
-        }
-    });
-
-    std::string expected;
-    for (unsigned int i = 0; i < 300; ++i) {
-        const std::string piece(1 + i * 7 % 150, static_cast<char>('a' + i % 26));
-        buffer.write(where, static_cast<unsigned int>(piece.size()), piece.data(), status);
-        EXPECT_EQ(chain(status), L"");
-        expected += piece;
-    }
-    EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
-    buffer.disconnect_ostream();
-    ASSERT_EQ(reader.wait_for(std::chrono::seconds(30)), std::future_status::ready);
-    EXPECT_EQ(reader.get(), expected);
+    test::expect_that_a_reader_follows(buffer, 300, 100, &test::odd_piece);
 }
 
 // Writers and readers of one file share its position; the lock keeps each one's seek and transfer together.

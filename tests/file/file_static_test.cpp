@@ -1,21 +1,10 @@
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/file/file.h>
-#include <tam/file/file_buffer.h>
-#include <tam/file/file_system.h>
-#include <tam/security/security.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/temporary_folder.h>
 
 using namespace tam;
 using test::chain;
+using test::failing;
 using test::Swap;
 using test::Temporary_folder;
 
@@ -37,21 +26,6 @@ HANDLE WINAPI record_create_file(const wchar_t*, DWORD rights, DWORD sharing, SE
     g_created = {rights, sharing, attributes, disposition, flags};
     ::SetLastError(ERROR_NOT_READY);
     return INVALID_HANDLE_VALUE;
-}
-
-// Stands in for a call that fails with ERROR_DISK_FULL.
-template <class... Arguments>
-BOOL WINAPI fail(Arguments...)
-{
-    ::SetLastError(ERROR_DISK_FULL);
-    return FALSE;
-}
-
-// The failure as a replacement for a call of whatever type.
-template <class... Arguments>
-Swap<BOOL(WINAPI*)(Arguments...)> failing(BOOL(WINAPI*& call)(Arguments...))
-{
-    return Swap<BOOL(WINAPI*)(Arguments...)>(call, &fail<Arguments...>);
 }
 
 const std::wstring REASON = std::to_wstring(ERROR_DISK_FULL);
@@ -142,7 +116,7 @@ TEST(File_calls, failures_carry_the_systems_reason_and_keep_no_handle)
         Tam_status status;
         Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ, status);
         const auto expect = [&status](auto& call, const std::wstring& code, auto operation) {
-            const auto guard = failing(call);
+            const auto guard = failing<ERROR_DISK_FULL>(call);
             operation();
             EXPECT_EQ(chain(status), code + L" " + REASON);
         };
@@ -188,15 +162,11 @@ TEST(File_calls, a_search_that_fails_is_reported_by_remove)
     const std::wstring directory = folder.path() + L"\\";
     Tam_status status;
     {
-        const Swap guard(
-            detail::win32.find_first_file, +[](const wchar_t*, WIN32_FIND_DATAW*) WINAPI -> HANDLE {
-                ::SetLastError(ERROR_ACCESS_DENIED);
-                return INVALID_HANDLE_VALUE;
-            });
+        const auto guard = failing<ERROR_ACCESS_DENIED, -1>(detail::win32.find_first_file);
         Tam_file::remove(path, status, false);
         EXPECT_EQ(chain(status), L"C2000024(" + path + L") C2000061(" + directory + L") 5");
     }
-    const auto guard = failing(detail::win32.find_next_file);
+    const auto guard = failing<ERROR_DISK_FULL>(detail::win32.find_next_file);
     Tam_file::remove(path, status, false);
     EXPECT_EQ(chain(status), L"C2000024(" + path + L") C2000062(" + directory + L") " + REASON);
     EXPECT_EQ(Tam_file::length(path), 0U);
@@ -226,11 +196,7 @@ TEST(File_calls, an_end_of_file_error_is_the_end_only_when_nothing_was_read)
 TEST(File_calls, no_mutex_means_no_temporary_name)
 {
     const Temporary_folder folder;
-    const Swap guard(
-        detail::win32.create_mutex, +[](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) WINAPI -> HANDLE {
-            ::SetLastError(ERROR_INVALID_HANDLE);
-            return nullptr;
-        });
+    const auto guard = failing<ERROR_INVALID_HANDLE>(detail::win32.create_mutex);
     EXPECT_EQ(Tam_file::temp_name(folder.path(), L"tmp"), L"");
 }
 
@@ -243,7 +209,7 @@ TEST(File_buffer_calls, failures_move_the_position_by_what_was_done)
     char bytes[4] = {};
     unsigned long long position = 1;
     {
-        const auto guard = failing(detail::win32.set_file_pointer_ex);
+        const auto guard = failing<ERROR_DISK_FULL>(detail::win32.set_file_pointer_ex);
         EXPECT_EQ(buffer.read(false, position, 4, bytes, status), 0U);
         EXPECT_EQ(chain(status), L"C2000027 " + REASON);
         buffer.write(position, 4, bytes, status);
@@ -253,12 +219,12 @@ TEST(File_buffer_calls, failures_move_the_position_by_what_was_done)
         EXPECT_EQ(position, 1U);
     }
     {
-        const auto guard = failing(detail::win32.read_file);
+        const auto guard = failing<ERROR_DISK_FULL>(detail::win32.read_file);
         EXPECT_EQ(buffer.read(false, position, 4, bytes, status), 0U);
         EXPECT_EQ(chain(status), L"C200001B " + REASON);
     }
     {
-        const auto guard = failing(detail::win32.write_file);
+        const auto guard = failing<ERROR_DISK_FULL>(detail::win32.write_file);
         buffer.write(position, 4, bytes, status);
         EXPECT_EQ(chain(status), L"C200001A " + REASON);
     }

@@ -1,10 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/file/file_system.h>
-#include <tests/support/chain.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::chain;
@@ -45,21 +39,4 @@ TEST(File_system, numbers_are_those_of_the_system)
     EXPECT_EQ(chain(status), L"");
     ASSERT_TRUE(::GetDiskFreeSpaceExW(nullptr, nullptr, &raw_total, nullptr));
     EXPECT_EQ(total, raw_total.QuadPart);
-}
-
-TEST(File_system, a_failure_names_the_path_and_leaves_the_numbers)
-{
-    const test::Temporary_folder folder;
-    const std::wstring missing = folder / L"missing";
-    ::GetDiskFreeSpaceExW(missing.c_str(), nullptr, nullptr, nullptr);
-    const std::wstring reason = std::to_wstring(::GetLastError());
-    unsigned long long total = 1;
-    unsigned long long free = 2;
-    unsigned long long available = 3;
-    Tam_status status;
-    Tam_file_system::stats(missing, total, free, available, status);
-    EXPECT_EQ(chain(status), L"C2000029(" + missing + L") " + reason);
-    EXPECT_EQ(total, 1U);
-    EXPECT_EQ(free, 2U);
-    EXPECT_EQ(available, 3U);
 }

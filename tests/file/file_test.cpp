@@ -1,18 +1,6 @@
-#include <chrono>
-#include <future>
-#include <string>
-#include <vector>
+#include <tests/support/test.h>
 
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/file/file.h>
-#include <tam/file/file_system.h>
-#include <tam/security/security.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/run_child.h>
 
 using namespace tam;
 using test::chain;
@@ -21,11 +9,6 @@ using test::Temporary_folder;
 namespace {
 
 constexpr unsigned long long GIB = 1ULL << 30;
-
-bool exists(const std::wstring& path)
-{
-    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 class File : public testing::Test {
 protected:
@@ -69,7 +52,7 @@ TEST_F(File, open_reports_the_first_obstacle)
         EXPECT_EQ(chain(m_status), L"C2000026(" + c.path + L") " + c.reason);
         EXPECT_FALSE(m_file.is_open());
     }
-    EXPECT_FALSE(exists(missing));
+    EXPECT_FALSE(Temporary_folder::exists(missing));
     EXPECT_EQ(Temporary_folder::bytes_of(file), "abc");
 
     open(file);
@@ -77,7 +60,7 @@ TEST_F(File, open_reports_the_first_obstacle)
         m_file.open(path, TAM_FILE_OPEN_ALWAYS, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_NONE, m_status);
         EXPECT_EQ(chain(m_status), L"C2000026(" + path + L") C200005D");
     }
-    EXPECT_FALSE(exists(missing));
+    EXPECT_FALSE(Temporary_folder::exists(missing));
     EXPECT_EQ(m_file.length(), 3U);
 }
 
@@ -104,20 +87,6 @@ TEST_F(File, the_mode_decides_what_becomes_of_the_contents)
         Tam_file(path, c.mode, c.access, 0, TAM_FILE_SHARE_NONE, m_status);
         EXPECT_EQ(chain(m_status), L"");
         EXPECT_EQ(Temporary_folder::bytes_of(path), c.contents);
-    }
-}
-
-TEST_F(File, sharing_decides_who_else_may_open)
-{
-    const std::wstring path = m_folder.file(L"file", "abc");
-    const std::wstring refused = L"C2000026(" + path + L") " + std::to_wstring(ERROR_SHARING_VIOLATION);
-    for (unsigned int sharing = 0; sharing <= 4; ++sharing) {
-        const Tam_file holder(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, static_cast<Tam_file_sharing>(sharing),
-                              m_status);
-        Tam_file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
-        EXPECT_EQ(chain(m_status), sharing == 1 || sharing == 3 ? L"" : refused) << sharing;
-        Tam_file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_WRITE, 0, TAM_FILE_SHARE_READ_WRITE, m_status);
-        EXPECT_EQ(chain(m_status), sharing == 2 || sharing == 3 ? L"" : refused) << sharing;
     }
 }
 
@@ -319,7 +288,7 @@ TEST_F(File, copy_and_move_report_the_first_obstacle)
     EXPECT_EQ(chain(m_status), L"");
     Tam_file::move(missing, m_folder / L"moved", m_status);
     EXPECT_EQ(chain(m_status), L"");
-    EXPECT_FALSE(exists(missing));
+    EXPECT_FALSE(Temporary_folder::exists(missing));
     for (const wchar_t* name : {L"file", L"other", L"moved"}) {
         EXPECT_EQ(Temporary_folder::bytes_of(m_folder / name), "abc");
     }
@@ -332,8 +301,8 @@ TEST_F(File, remove_deletes_what_matches)
     }
     Tam_file::remove(m_folder / L"a?.tmp", m_status, false);
     EXPECT_EQ(chain(m_status), L"");
-    EXPECT_FALSE(exists(m_folder / L"a1.tmp") || exists(m_folder / L"a2.tmp"));
-    EXPECT_TRUE(exists(m_folder / L"b1.tmp") && exists(m_folder / L"a1.txt"));
+    EXPECT_FALSE(Temporary_folder::exists(m_folder / L"a1.tmp") || Temporary_folder::exists(m_folder / L"a2.tmp"));
+    EXPECT_TRUE(Temporary_folder::exists(m_folder / L"b1.tmp") && Temporary_folder::exists(m_folder / L"a1.txt"));
     // No match is no failure, nor is a directory that does not exist.
     Tam_file::remove(m_folder / L"a1.tmp", m_status, true);
     EXPECT_EQ(chain(m_status), L"");
@@ -352,7 +321,7 @@ TEST_F(File, remove_takes_a_bare_name_in_the_current_directory)
     Tam_file::remove(L"bare.tmp", m_status, false);
     ::SetCurrentDirectoryW(before);
     EXPECT_EQ(chain(m_status), L"");
-    EXPECT_FALSE(exists(m_folder / L"bare.tmp"));
+    EXPECT_FALSE(Temporary_folder::exists(m_folder / L"bare.tmp"));
 }
 
 TEST_F(File, remove_stops_at_what_it_cannot_delete)
@@ -364,30 +333,11 @@ TEST_F(File, remove_stops_at_what_it_cannot_delete)
     ASSERT_TRUE(::CreateDirectoryW(folder.c_str(), nullptr));
     Tam_file::remove(m_folder / L"*", m_status, false);
     EXPECT_EQ(chain(m_status), L"C2000024(" + fixed + L") 5");
-    EXPECT_TRUE(exists(fixed) && exists(last));
+    EXPECT_TRUE(Temporary_folder::exists(fixed) && Temporary_folder::exists(last));
     Tam_file::remove(m_folder / L"*", m_status, true);
     EXPECT_EQ(chain(m_status), L"C2000024(" + folder + L") 5");
-    EXPECT_FALSE(exists(fixed));
-    EXPECT_TRUE(exists(folder) && exists(last));
-}
-
-TEST_F(File, no_outcome_leaves_a_handle_open)
-{
-    const std::wstring path = m_folder.file(L"file", "abc");
-    ASSERT_TRUE(::CreateDirectoryW((m_folder / L"directory").c_str(), nullptr));
-    Tam_file::temp_name(m_folder.path(), L"tmp"); // the system keeps a handle from the first look at the clock
-    const unsigned int handles = test::open_handles();
-    {
-        Tam_file file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
-        const Tam_file refused(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
-        file.close();
-        file.open(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_NONE, m_status);
-        EXPECT_EQ(chain(m_status), L"");
-        Tam_file::remove(m_folder / L"*", m_status, false);
-        EXPECT_FALSE(m_status.ok());
-        Tam_file::temp_name(m_folder.path(), L"tmp");
-    }
-    EXPECT_EQ(test::open_handles(), handles);
+    EXPECT_FALSE(Temporary_folder::exists(fixed));
+    EXPECT_TRUE(Temporary_folder::exists(folder) && Temporary_folder::exists(last));
 }
 
 // What follows proves Tam_file::temp_name.
@@ -432,7 +382,7 @@ TEST(File_temp_name, is_a_number_of_the_time_of_day)
         found = found || name == folder / (std::to_wstring(number) + L".tmp");
     }
     EXPECT_TRUE(found) << testing::PrintToString(name);
-    EXPECT_FALSE(exists(name));
+    EXPECT_FALSE(Temporary_folder::exists(name));
     EXPECT_EQ(Tam_file::temp_name(folder.path() + L"\\", L"").find(L'.', folder.path().size()), std::wstring::npos);
 }
 
@@ -468,19 +418,11 @@ TEST(File_temp_name, DISABLED_child)
 TEST(File_temp_name, differs_between_threads_and_processes)
 {
     const Temporary_folder folder;
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command =
-        std::wstring(program) +
-        L" --gtest_also_run_disabled_tests --gtest_filter=File_temp_name.DISABLED_child --gtest_brief=1";
     ::SetEnvironmentVariableW(SHARED_FOLDER, folder.path().c_str());
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION child{};
-    const BOOL started =
-        ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child);
-    ::SetEnvironmentVariableW(SHARED_FOLDER, nullptr);
-    ASSERT_TRUE(started);
+    auto child = std::async(std::launch::async, [] {
+        return test::run_child(L"file_test", L"--gtest_also_run_disabled_tests --gtest_brief=1 "
+                                             L"--gtest_filter=File_temp_name.DISABLED_child");
+    });
     std::vector<std::future<bool>> threads;
     for (int i = 0; i < 3; ++i) {
         threads.push_back(std::async(std::launch::async, [&] { return create_named_files(folder.path(), 20); }));
@@ -488,16 +430,12 @@ TEST(File_temp_name, differs_between_threads_and_processes)
     // In turns with the child for as long as it runs.
     bool distinct = true;
     unsigned int own = 0;
-    while (own < 5000 && ::WaitForSingleObject(child.hProcess, 0) == WAIT_TIMEOUT) {
+    while (own < 5000 && child.wait_for(std::chrono::seconds(0)) == std::future_status::timeout) {
         distinct = distinct && create_named_files(folder.path(), 1);
         ++own;
     }
-    DWORD exit_code = 1;
-    EXPECT_EQ(::WaitForSingleObject(child.hProcess, 20'000), WAIT_OBJECT_0);
-    ::GetExitCodeProcess(child.hProcess, &exit_code);
-    ::CloseHandle(child.hThread);
-    ::CloseHandle(child.hProcess);
-    EXPECT_EQ(exit_code, 0U);
+    EXPECT_EQ(child.get(), 0U);
+    ::SetEnvironmentVariableW(SHARED_FOLDER, nullptr);
     EXPECT_TRUE(distinct);
     for (auto& thread : threads) {
         EXPECT_TRUE(thread.get());

@@ -1,14 +1,4 @@
-#include <tam/file/search.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <tam/text/quote.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using tam::Tam_object_vector;
 using tam::test::Temporary_folder;

@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/file/type.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::Temporary_folder;

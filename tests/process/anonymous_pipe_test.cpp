@@ -1,15 +1,7 @@
-#include <atomic>
-#include <cstring>
-#include <string>
-#include <thread>
-#include <vector>
+#include <tests/support/test.h>
 
-#include <tam/process/anonymous_pipe.h>
-#include <tam/security/security.h>
 #include <tests/process/fixture.h>
 #include <tests/process/pattern.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
 
 using namespace tam;
 using test::chain;

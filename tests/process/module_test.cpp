@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/process/module.h>
-#include <tests/support/chain.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::chain;

@@ -1,42 +1,18 @@
-#include <algorithm>
-#include <iterator>
-#include <string>
+#include <tests/support/test.h>
 
-#include <windows.h>
+#include <iterator>
 
 #include <tam/detail/win32.h>
-#include <tam/process/anonymous_pipe.h>
-#include <tam/process/module.h>
-#include <tam/process/named_pipe.h>
-#include <tam/process/process.h>
-#include <tam/security/security.h>
 #include <tests/process/fixture.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using test::chain;
+using test::failing;
 using test::Swap;
 
 namespace {
 
 const std::wstring REASON = L" " + std::to_wstring(ERROR_NOT_READY);
-
-// Stands in for a call that fails.
-template <class... Arguments>
-BOOL WINAPI fail(Arguments...)
-{
-    ::SetLastError(ERROR_NOT_READY);
-    return FALSE;
-}
-
-// The failure as a replacement for a call of whatever type.
-template <class... Arguments>
-Swap<BOOL(WINAPI*)(Arguments...)> failing(BOOL(WINAPI*& call)(Arguments...))
-{
-    return Swap<BOOL(WINAPI*)(Arguments...)>(call, &fail<Arguments...>);
-}
 
 // What reached CreatePipe, CreateNamedPipeW and CreateFileW last.
 SECURITY_ATTRIBUTES* g_attributes;
@@ -77,7 +53,7 @@ protected:
 
 TEST_F(Process_calls, free_library)
 {
-    const auto guard = failing(detail::win32.free_library);
+    const auto guard = failing<ERROR_NOT_READY>(detail::win32.free_library);
     tam_unload_library(this, m_status);
     EXPECT_EQ(chain(m_status), L"C2000005" + REASON);
 }
@@ -135,13 +111,13 @@ TEST_F(Process_calls, transfers_of_an_anonymous_pipe)
 {
     Tam_anonymous_pipe pipe(m_status);
     {
-        const auto guard = failing(detail::win32.write_file);
+        const auto guard = failing<ERROR_NOT_READY>(detail::win32.write_file);
         m_status = 5;
         EXPECT_EQ(pipe.write(m_bytes, 12, m_status), 0U);
         EXPECT_EQ(chain(m_status), L"C2000041");
     }
     {
-        const auto guard = failing(detail::win32.read_file);
+        const auto guard = failing<ERROR_NOT_READY>(detail::win32.read_file);
         m_status = 5;
         EXPECT_EQ(pipe.read(m_bytes, 12, m_status), 0U);
         EXPECT_EQ(chain(m_status), L"C2000043");
@@ -201,17 +177,15 @@ TEST_F(Process_calls, transfers_of_a_named_pipe)
         const unsigned int before = test::open_handles();
         m_status = 5;
         {
-            const auto guard = failing(detail::win32.write_file);
+            const auto guard = failing<ERROR_NOT_READY>(detail::win32.write_file);
             EXPECT_EQ(server.write(12, m_bytes, m_status), 0U);
         }
         {
-            const auto guard = failing(detail::win32.read_file);
+            const auto guard = failing<ERROR_NOT_READY>(detail::win32.read_file);
             EXPECT_EQ(server.read(12, m_bytes, m_status), 0U);
         }
         if (overlapped) {
-            const Swap guard(
-                detail::win32.create_event,
-                +[](SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*) WINAPI -> HANDLE { return nullptr; });
+            const auto guard = failing<0>(detail::win32.create_event);
             EXPECT_EQ(server.write(12, m_bytes, m_status), 0U);
             EXPECT_EQ(server.read(12, m_bytes, m_status), 0U);
         }
@@ -227,7 +201,7 @@ TEST_F(Process_calls, terminate_process_and_get_exit_code_process)
     const std::wstring program = test::child_program();
     const Tam_process process(program, L"sleep 20000", {2, false, 0}, m_status);
     {
-        const auto guard = failing(detail::win32.terminate_process);
+        const auto guard = failing<ERROR_NOT_READY>(detail::win32.terminate_process);
         process.terminate(m_status);
         EXPECT_EQ(chain(m_status), L"C2000049(" + program + L")" + REASON);
     }
@@ -237,7 +211,7 @@ TEST_F(Process_calls, terminate_process_and_get_exit_code_process)
     EXPECT_EQ(chain(m_status), L"");
     process.wait(m_status, 10000);
     {
-        const auto guard = failing(detail::win32.get_exit_code_process);
+        const auto guard = failing<ERROR_NOT_READY>(detail::win32.get_exit_code_process);
         process.get_exit_code(m_status);
         EXPECT_EQ(chain(m_status), L"C200004A(" + program + L")" + REASON);
     }

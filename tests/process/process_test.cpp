@@ -1,12 +1,6 @@
-#include <string>
-#include <utility>
+#include <tests/support/test.h>
 
-#include <tam/process/named_pipe.h>
-#include <tam/process/process.h>
 #include <tests/process/fixture.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
 
 using namespace tam;
 using test::chain;

@@ -1,29 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <cwchar>
-#include <functional>
-#include <map>
-#include <memory>
-#include <new>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <lmerr.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/security/lists.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using detail::win32;
@@ -271,19 +253,6 @@ TEST_F(Acl_in_a_network, rights_come_from_every_group_that_machine_and_controlle
     EXPECT_EQ(network.calls, ASKED_OF_BOTH) << "names are not remembered";
 }
 
-TEST_F(Acl_in_a_network, a_trustee_is_asked_about_once)
-{
-    network.controller = L"\\\\DC";
-    network.answers[L"global \\\\DC"].names = {L"Readers"};
-    EXPECT_EQ(rights(), 0x106U);
-    network.answers.clear();
-    network.calls.clear();
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_TRUE(acl.test_rights(L"DOM\\alice", 0x106, status));
-    }
-    EXPECT_EQ(network.calls, Rows());
-}
-
 TEST_F(Acl_in_a_network, no_controller_is_no_failure_and_is_remembered)
 {
     network.answers[L"local"].names = {L"Readers"};
@@ -442,10 +411,7 @@ TEST_F(Acl_in_a_network, a_name_that_cannot_be_looked_up_is_reported)
     }
     network.name_error = 0;
     EXPECT_EQ(rights(), 0x102U) << "and was not remembered";
-    const Swap look_up(
-        win32.lookup_account_name,
-        +[](const wchar_t*, const wchar_t*, void*, DWORD*, wchar_t*, DWORD*, SID_NAME_USE*)
-             WINAPI -> BOOL { return fail(ERROR_INSUFFICIENT_BUFFER); });
+    const auto look_up = tam::test::failing<ERROR_INSUFFICIENT_BUFFER>(win32.lookup_account_name);
     EXPECT_EQ(rights(), 0U);
     EXPECT_EQ(chain(status), L"C2000074 122");
 }
@@ -537,32 +503,25 @@ TEST(Acl, memory_that_runs_out_is_a_failure_like_others)
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const std::vector<unsigned char> before = test::bytes_of(Access::list(acl));
-        unsigned int failures = 0;
-        for (unsigned int nth = 1;; ++nth) {
+        long long blocks = 0;
+        const auto clear = [&] {
             groups.clear();
             name = L"";
             status.clear();
-            const long long blocks = test::live_blocks();
-            bool failed = false;
-            {
-                const test::Failing_new failing(nth);
-                row.operation();
-                failed = failing.failed();
-            }
-            if (!failed) {
-                break;
-            }
-            ++failures;
-            {
-                const std::wstring report = chain(status);
-                EXPECT_TRUE(report == L"C2000001" || report == L"C2000074 C2000001") << nth;
-            }
-            groups.clear();
-            status.clear();
-            EXPECT_EQ(test::live_blocks(), blocks) << nth;
-            EXPECT_EQ(test::bytes_of(Access::list(acl)), before) << nth;
-            EXPECT_EQ(Plain_answers::buffers, 0) << nth;
-        }
+        };
+        const unsigned int failures = test::fail_each_allocation(
+            [&] {
+                clear();
+                blocks = test::live_blocks();
+            },
+            row.operation,
+            [&](unsigned int nth, bool) {
+                EXPECT_TRUE(chain(status) == L"C2000001" || chain(status) == L"C2000074 C2000001") << nth;
+                clear();
+                EXPECT_EQ(test::live_blocks(), blocks) << nth;
+                EXPECT_EQ(test::bytes_of(Access::list(acl)), before) << nth;
+                EXPECT_EQ(Plain_answers::buffers, 0) << nth;
+            });
         EXPECT_TRUE(status.is_clear());
         EXPECT_GE(failures, row.least_failures);
     }
@@ -578,15 +537,12 @@ TEST(Acl, a_user_whose_token_does_not_answer_is_reported)
     };
     const unsigned int handles = test::open_handles();
     {
-        const Swap open(
-            win32.open_thread_token,
-            +[](HANDLE, DWORD, BOOL, HANDLE*) WINAPI -> BOOL { return fail(ERROR_CANT_OPEN_ANONYMOUS); });
+        const auto open = tam::test::failing<ERROR_CANT_OPEN_ANONYMOUS>(win32.open_thread_token);
         EXPECT_EQ(reports(TAM_TRUSTEE_THREAD_USER), L"C2000074 C2000072 1347") << "not the process's user instead";
         EXPECT_EQ(reports(TAM_TRUSTEE_PROCESS_USER), L"");
     }
     {
-        const Swap open(
-            win32.open_process_token, +[](HANDLE, DWORD, HANDLE*) WINAPI -> BOOL { return fail(ERROR_ACCESS_DENIED); });
+        const auto open = tam::test::failing<ERROR_ACCESS_DENIED>(win32.open_process_token);
         EXPECT_EQ(reports(TAM_TRUSTEE_THREAD_USER), L"C2000074 C2000072 5");
         EXPECT_EQ(reports(TAM_TRUSTEE_PROCESS_USER), L"C2000074 C2000072 5");
     }
@@ -623,13 +579,11 @@ TEST(Acl, a_list_that_cannot_be_built_keeps_the_old_one)
         EXPECT_EQ(Access::list(acl), list);
     };
     {
-        const Swap initialise(
-            win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return fail(ERROR_INVALID_PARAMETER); });
+        const auto initialise = tam::test::failing<ERROR_INVALID_PARAMETER>(win32.initialize_acl);
         reports(L"C2000070 87");
     }
     {
-        const Swap add(
-            win32.add_ace, +[](ACL*, DWORD, DWORD, void*, DWORD) WINAPI -> BOOL { return fail(ERROR_INVALID_ACL); });
+        const auto add = tam::test::failing<ERROR_INVALID_ACL>(win32.add_ace);
         reports(L"C2000071 1336");
     }
     {
@@ -649,8 +603,7 @@ TEST(Acl, that_cannot_be_initialised_throws_and_keeps_its_list)
     const ACL* const list = Access::list(acl);
     Tam_status status(5);
     {
-        const Swap initialise(
-            win32.initialize_acl, +[](ACL*, DWORD, DWORD) WINAPI -> BOOL { return FALSE; });
+        const auto initialise = tam::test::failing<0>(win32.initialize_acl);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_acl another; }), "::InitializeAcl");
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { acl.erase(status); }), "::InitializeAcl");
     }

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <atomic>
-#include <thread>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
 #include <tests/security/lists.h>
-#include <tests/support/resources.h>
 
 using namespace tam;
 
@@ -44,11 +36,6 @@ public:
 };
 
 } // namespace
-
-TEST(Acl_group_cache, keeps_fifteen_minutes)
-{
-    EXPECT_EQ(Tam_acl_group_cache::CACHE_TIMEOUT, Tam_time_period(900LL, 0));
-}
 
 TEST(Acl_group_cache, the_first_look_up_drops_what_was_stored_before)
 {

@@ -1,27 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <new>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/security/lists.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using detail::win32;
 using test::chain;
+using test::failing;
 using test::Swap;
 using Access = detail::Security_access;
 
@@ -30,17 +17,6 @@ namespace {
 BOOL WINAPI no_set_dacl(void*, BOOL, ACL*, BOOL)
 {
     ::SetLastError(ERROR_INVALID_ACL);
-    return FALSE;
-}
-
-BOOL WINAPI no_get_dacl(void*, BOOL*, ACL**, BOOL*)
-{
-    ::SetLastError(ERROR_INVALID_SECURITY_DESCR);
-    return FALSE;
-}
-
-BOOL WINAPI no_initialise(ACL*, DWORD, DWORD)
-{
     return FALSE;
 }
 
@@ -73,7 +49,7 @@ TEST(Security_list, failures_keep_descriptor_list_and_object)
             EXPECT_EQ(reports(true), L"C2000077 1336");
         }
         {
-            const Swap get(win32.get_security_descriptor_dacl, &no_get_dacl);
+            const auto get = failing<ERROR_INVALID_SECURITY_DESCR>(win32.get_security_descriptor_dacl);
             EXPECT_EQ(reports(true), L"C2000076 1338");
             EXPECT_EQ(security.get_disc_acl(status), nullptr);
             EXPECT_EQ(chain(status), L"C2000076 1338");
@@ -81,8 +57,7 @@ TEST(Security_list, failures_keep_descriptor_list_and_object)
         if (associated) {
             // Reading for get_disc_acl has put another in its place.
             security.set_disc_acl(acl, status, false);
-            const Swap initialise(
-                win32.initialize_security_descriptor, +[](void*, DWORD) WINAPI -> BOOL { return FALSE; });
+            const auto initialise = failing<0>(win32.initialize_security_descriptor);
             EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { security.set_disc_acl(more, status, false); }),
                       "::InitializeSecurityDescriptor");
         }
@@ -99,7 +74,7 @@ TEST(Security_list, that_cannot_be_closed_throws_or_reports)
 {
     Tam_status status;
     {
-        const Swap initialise(win32.initialize_acl, &no_initialise);
+        const auto initialise = failing<0>(win32.initialize_acl);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Tam_security closed(false, status); }), "::InitializeAcl");
     }
     int calls = 0;
@@ -136,26 +111,22 @@ TEST(Security_list, memory_that_runs_out_is_a_failure_like_others)
         [&] { Tam_security closed(false, status); },
     };
     for (const auto& operation : operations) {
-        for (unsigned int nth = 1;; ++nth) {
-            // A fetched descriptor has its list in itself: the list set last is let go before the count.
-            found.reset(security.get_disc_acl(status));
-            found.reset();
-            const long long blocks = test::live_blocks();
-            bool failed = false;
-            {
-                const test::Failing_new failing(nth);
-                operation();
-                failed = failing.failed();
-            }
-            if (!failed) {
-                EXPECT_GT(nth, 2U);
-                break;
-            }
-            EXPECT_EQ(status, 0xC2000001U) << nth;
-            EXPECT_FALSE(status.has_child()) << nth;
-            EXPECT_EQ(found, nullptr) << nth;
-            EXPECT_EQ(test::live_blocks(), blocks) << nth;
-        }
+        long long blocks = 0;
+        const unsigned int failures = test::fail_each_allocation(
+            [&] {
+                // A fetched descriptor has its list in itself: the list set last is let go before the count.
+                found.reset(security.get_disc_acl(status));
+                found.reset();
+                blocks = test::live_blocks();
+            },
+            operation,
+            [&](unsigned int nth, bool) {
+                EXPECT_EQ(chain(status), L"C2000001") << nth;
+                EXPECT_EQ(found, nullptr) << nth;
+                status.clear();
+                EXPECT_EQ(test::live_blocks(), blocks) << nth;
+            });
+        EXPECT_GT(failures, 1U);
         EXPECT_TRUE(status.is_clear());
     }
     found.reset(security.get_disc_acl(status));

@@ -1,23 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <aclapi.h>
 
-#include <tam/tam.h>
 #include <tests/security/descriptors.h>
 #include <tests/security/lists.h>
 #include <tests/security/scratch_key.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
-#include <tests/support/temporary_folder.h>
-#include <tests/support/thrown.h>
-#include <tests/support/unique_name.h>
 
 using namespace tam;
 using test::chain;
@@ -110,31 +98,6 @@ TEST(Security_list, an_object_with_an_empty_list_opens_for_nobody)
     }
     const Tam_event event(event_name, false, &open);
     const Tam_event second(event_name, false);
-}
-
-TEST(Security_list, a_key_with_an_empty_list_opens_for_nobody)
-{
-    const Scratch_key key;
-    const std::wstring path = key.name().substr(std::wstring(L"CURRENT_USER\\").size());
-    const auto open = [&] {
-        HKEY second = nullptr;
-        const LSTATUS error = ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &second);
-        if (error == ERROR_SUCCESS) {
-            ::RegCloseKey(second);
-        }
-        return error;
-    };
-    ASSERT_EQ(open(), ERROR_SUCCESS);
-    Tam_status status;
-    Tam_security security;
-    security.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, key.get(), status);
-    security.set_disc_acl(Tam_acl(), status, false);
-    EXPECT_TRUE(status.is_clear()) << chain(status).c_str();
-    EXPECT_EQ(open(), ERROR_ACCESS_DENIED);
-    const Tam_acl everyone(TAM_TRUSTEE_EVERYONE, KEY_ALL_ACCESS, status);
-    security.set_disc_acl(everyone, status, false);
-    EXPECT_TRUE(status.is_clear()) << chain(status).c_str();
-    EXPECT_EQ(open(), ERROR_SUCCESS);
 }
 
 TEST(Security_list, set_replaces_and_copies)
@@ -263,19 +226,6 @@ TEST(Security_list, a_files_list_is_set_and_merged)
         granted |= name == owner && mode == TAM_ACCESS_GRANT ? rights : 0;
     }
     EXPECT_EQ(granted, DWORD{FILE_ALL_ACCESS});
-}
-
-TEST(Security_list, a_pipes_list_is_read)
-{
-    Tam_status status;
-    Tam_security creation(list_for_system(), status);
-    HANDLE ends[2] = {};
-    ASSERT_TRUE(::CreatePipe(&ends[0], &ends[1], creation.security_attributes(false), 0));
-    Tam_security security;
-    security.associate_with_object(TAM_SEC_OBJ_KERNEL, ends[0], status);
-    EXPECT_EQ(rows_of(security), Rows{SOME_TO_SYSTEM});
-    ::CloseHandle(ends[0]);
-    ::CloseHandle(ends[1]);
 }
 
 TEST(Security_list, a_failed_set_keeps_descriptor_and_list)

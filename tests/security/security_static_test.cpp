@@ -1,61 +1,20 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <memory>
-#include <new>
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/security/descriptors.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using detail::win32;
 using test::chain;
+using test::failing;
 using test::Found_list;
 using test::SOME_RIGHTS;
 using test::Swap;
 using Access = detail::Security_access;
 
 namespace {
-
-BOOL WINAPI no_initialise(void*, DWORD)
-{
-    ::SetLastError(ERROR_INVALID_PARAMETER);
-    return FALSE;
-}
-
-void* WINAPI no_memory(UINT, SIZE_T)
-{
-    ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
-
-BOOL WINAPI no_set_dacl(void*, BOOL, ACL*, BOOL)
-{
-    return FALSE;
-}
-
-BOOL WINAPI no_get_dacl(void*, BOOL*, ACL**, BOOL*)
-{
-    ::SetLastError(ERROR_INVALID_SECURITY_DESCR);
-    return FALSE;
-}
-
-BOOL WINAPI no_absolute(void*, void*, DWORD*, ACL*, DWORD*, ACL*, DWORD*, void*, DWORD*, void*, DWORD*)
-{
-    ::SetLastError(ERROR_INVALID_SECURITY_DESCR);
-    return FALSE;
-}
 
 BOOL WINAPI absolute_sizes_only(void* given, void* descriptor, DWORD* size, ACL* list, DWORD* list_size, ACL* system,
                                 DWORD* system_size, void* owner, DWORD* owner_size, void* group, DWORD* group_size)
@@ -73,12 +32,6 @@ DWORD WINAPI nothing_by_name(const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATIO
 {
     *descriptor = nullptr;
     return ERROR_SUCCESS;
-}
-
-BOOL WINAPI no_service_write(SC_HANDLE, SECURITY_INFORMATION, void*)
-{
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    return FALSE;
 }
 
 // A descriptor in self-relative form with a list, an owner and a group, as a service would give it.
@@ -130,15 +83,15 @@ TEST(Security, that_cannot_be_made_throws_and_leaves_nothing)
 {
     const auto fail_each_way = [] {
         {
-            const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
+            const auto initialise = failing<ERROR_INVALID_PARAMETER>(win32.initialize_security_descriptor);
             EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
         }
         {
-            const Swap allocate(win32.local_alloc, &no_memory);
+            const auto allocate = failing<ERROR_NOT_ENOUGH_MEMORY>(win32.local_alloc);
             EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::InitializeSecurityDescriptor");
         }
         {
-            const Swap set(win32.set_security_descriptor_dacl, &no_set_dacl);
+            const auto set = failing<0>(win32.set_security_descriptor_dacl);
             EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_security security; }), "::SetSecurityDescriptorDacl");
         }
     };
@@ -159,7 +112,7 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
     void* const earlier = Access::descriptor(security);
     const auto fail_each_way = [&] {
         {
-            const Swap absolute(win32.make_absolute_sd, &no_absolute);
+            const auto absolute = failing<ERROR_INVALID_SECURITY_DESCR>(win32.make_absolute_sd);
             Access::fetch(security, status);
             EXPECT_EQ(chain(status), L"C2000079 1338");
         }
@@ -169,12 +122,12 @@ TEST(Security, a_fetch_that_fails_keeps_the_earlier_descriptor)
             EXPECT_EQ(chain(status), L"C2000079 1361");
         }
         {
-            const Swap allocate(win32.local_alloc, &no_memory);
+            const auto allocate = failing<ERROR_NOT_ENOUGH_MEMORY>(win32.local_alloc);
             Access::fetch(security, status);
             EXPECT_EQ(chain(status), L"C2000079 C2000001");
         }
         {
-            const Swap initialise(win32.initialize_security_descriptor, &no_initialise);
+            const auto initialise = failing<ERROR_INVALID_PARAMETER>(win32.initialize_security_descriptor);
             EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { Access::fetch(security, status); }),
                       "::InitializeSecurityDescriptor");
         }
@@ -252,11 +205,11 @@ TEST(Security, a_service_that_does_not_answer_is_reported)
     Access::fetch(security, status);
     EXPECT_EQ(chain(status), L"C2000079 122");
     {
-        const Swap allocate(win32.local_alloc, &no_memory);
+        const auto allocate = failing<ERROR_NOT_ENOUGH_MEMORY>(win32.local_alloc);
         Access::fetch(security, status);
         EXPECT_EQ(chain(status), L"C2000079 C2000001");
     }
-    const Swap set(win32.set_service_object_security, &no_service_write);
+    const auto set = failing<ERROR_ACCESS_DENIED>(win32.set_service_object_security);
     Access::write(security, status);
     EXPECT_EQ(chain(status), L"C200007A 5");
 }
@@ -267,7 +220,7 @@ TEST(Security, a_list_that_cannot_be_read_is_not_written)
     Tam_security security;
     Tam_status status;
     event.add_security(security, status);
-    const Swap get(win32.get_security_descriptor_dacl, &no_get_dacl);
+    const auto get = failing<ERROR_INVALID_SECURITY_DESCR>(win32.get_security_descriptor_dacl);
     Access::write(security, status);
     EXPECT_EQ(chain(status), L"C2000076 1338");
 }

@@ -1,17 +1,8 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <new>
-#include <stdexcept>
-#include <string>
-
-#include <windows.h>
-
-#include <tam/tam.h>
 #include <tests/security/descriptors.h>
 #include <tests/security/scratch_key.h>
 #include <tests/security/security_access.h>
-#include <tests/support/chain.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using test::Found_list;
@@ -39,15 +30,6 @@ TEST(Security, grants_every_user_full_access_by_default)
     EXPECT_TRUE(::GetSecurityDescriptorControl(attributes->lpSecurityDescriptor, &control, &revision));
     EXPECT_EQ(control, SE_DACL_PRESENT) << "absolute, and nothing is defaulted";
     EXPECT_EQ(revision, 1U);
-}
-
-TEST(Security, attributes_carry_the_inherit_flag_of_the_last_call)
-{
-    Tam_security security;
-    SECURITY_ATTRIBUTES* const attributes = security.security_attributes(true);
-    EXPECT_EQ(attributes->bInheritHandle, TRUE);
-    EXPECT_EQ(security.security_attributes(false), attributes);
-    EXPECT_EQ(attributes->bInheritHandle, FALSE);
 }
 
 TEST(Security, maps_object_types)
@@ -115,79 +97,6 @@ TEST(Security, without_an_association_fetches_and_writes_nothing)
     EXPECT_EQ(status, 5U);
     EXPECT_FALSE(status.has_child());
     EXPECT_EQ(Access::descriptor(security), descriptor);
-}
-
-TEST(Security, fetches_the_list_of_an_object_by_handle_in_absolute_form)
-{
-    Tam_security creation;
-    test::List_for_everyone list(SOME_RIGHTS);
-    test::put_list(creation, list.get());
-    Tam_event event(false, &creation);
-    Tam_security security;
-    Tam_status status;
-    event.add_security(security, status);
-    Access::fetch(security, status);
-    EXPECT_TRUE(status.is_clear());
-
-    void* const descriptor = Access::descriptor(security);
-    EXPECT_EQ(security.security_attributes(false)->lpSecurityDescriptor, descriptor);
-    const Found_list found = test::list_in(descriptor);
-    EXPECT_TRUE(found.present);
-    EXPECT_EQ(found.entries, 1U);
-    EXPECT_EQ(found.rights, SOME_RIGHTS);
-    SECURITY_DESCRIPTOR_CONTROL control = 0;
-    DWORD revision = 0;
-    EXPECT_TRUE(::GetSecurityDescriptorControl(descriptor, &control, &revision));
-    EXPECT_EQ(control & SE_SELF_RELATIVE, 0);
-    // Only an absolute descriptor takes another list.
-    test::put_list(security, nullptr);
-    EXPECT_TRUE(test::list_in(descriptor).null);
-}
-
-TEST(Security, writes_its_list_to_an_object_by_handle)
-{
-    Tam_event event;
-    Scratch_key key;
-    test::List_for_everyone list(SOME_RIGHTS);
-    struct Row {
-        Tam_sec_obj_type type;
-        void* handle;
-        SE_OBJECT_TYPE raw_type;
-    };
-    for (const Row& row : {Row{TAM_SEC_OBJ_KERNEL, event.handle(), SE_KERNEL_OBJECT},
-                           Row{TAM_SEC_OBJ_REGISTRY_KEY, key.get(), SE_REGISTRY_KEY}}) {
-        Tam_security security;
-        Tam_status status;
-        security.associate_with_object(row.type, row.handle, status);
-        test::put_list(security, list.get());
-        Access::write(security, status);
-        EXPECT_TRUE(status.is_clear()) << status.value();
-        const Found_list found = test::list_of(row.handle, row.raw_type);
-        EXPECT_EQ(found.entries, 1U);
-        EXPECT_EQ(found.rights, SOME_RIGHTS);
-    }
-}
-
-TEST(Security, writes_and_fetches_a_list_by_name)
-{
-    const Scratch_key key;
-    test::List_for_everyone list(KEY_ALL_ACCESS);
-    std::wstring name = key.name();
-    Tam_security security;
-    Tam_status status;
-    security.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, name.data(), status); // wchar_t*: not a handle
-    test::put_list(security, list.get());
-    Access::write(security, status);
-    EXPECT_TRUE(status.is_clear()) << status.value();
-    EXPECT_EQ(test::list_of(key.get(), SE_REGISTRY_KEY).entries, 1U);
-
-    Tam_security reader;
-    reader.associate_with_object(TAM_SEC_OBJ_REGISTRY_KEY, name, status);
-    Access::fetch(reader, status);
-    EXPECT_TRUE(status.is_clear()) << status.value();
-    const Found_list found = test::list_in(Access::descriptor(reader));
-    EXPECT_EQ(found.entries, 1U);
-    EXPECT_EQ(found.rights, static_cast<DWORD>(KEY_ALL_ACCESS));
 }
 
 TEST(Security, reports_an_object_that_is_not_there)

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
-#include <tests/support/chain.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using detail::win32;
@@ -134,11 +126,7 @@ TEST(Event_log, sources_that_cannot_be_opened_or_closed_are_reported)
             ::SetLastError(source == std::wstring(L"the source") ? ERROR_ACCESS_DENIED : ERROR_SUCCESS);
             return nullptr;
         });
-    const Swap close(
-        win32.deregister_event_source, +[](HANDLE) WINAPI -> BOOL {
-            ::SetLastError(ERROR_INVALID_HANDLE);
-            return FALSE;
-        });
+    const auto close = tam::test::failing<ERROR_INVALID_HANDLE>(win32.deregister_event_source);
     Tam_status status(99);
     EXPECT_EQ(tam_open_syslog(L"the source", status), nullptr);
     EXPECT_EQ(chain(status), L"C2000007(the source) 5");

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <stdexcept>
-#include <string>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/chain.h>
 #include <tests/support/registry_branch.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using namespace std::string_literals;

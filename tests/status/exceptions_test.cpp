@@ -1,12 +1,8 @@
-#include <set>
+#include <tests/support/test.h>
+
 #include <typeinfo>
 
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
 #include <tam/detail/rpc_exception.h>
-#include <tam/status/exception_translator.h>
 
 using namespace tam;
 
@@ -35,15 +31,6 @@ const char DENORMAL[] =
 const char UNKNOWN[] = "An unknown Microsoft structured exception has occurred.\r\n";
 
 } // namespace
-
-TEST(Sys_call_fail, says_the_name_of_the_call)
-{
-    try {
-        throw Tam_sys_call_fail("::CreateEvent");
-    } catch (const std::runtime_error& failure) {
-        EXPECT_STREQ(failure.what(), "::CreateEvent");
-    }
-}
 
 TEST(System_exception, is_empty_without_a_record)
 {
@@ -164,18 +151,6 @@ TEST(System_exception, describes_nested_records_to_any_depth)
     const std::string one = description(record_of(1, 0));
     EXPECT_EQ(description(chain.back()).size(),
               chain.size() * one.size() + (chain.size() - 1) * std::string("\r\nPrevious exception...\r\n").size());
-}
-
-TEST(System_exception, is_copied_with_code_and_text)
-{
-    EXCEPTION_RECORD record = record_of(0xC0000094, 0x1000);
-    const EXCEPTION_POINTERS pointers = {&record, nullptr};
-    const Tam_rpc_exception original(&pointers, true);
-    Tam_system_exception copy;
-    copy = original;
-    EXPECT_EQ(copy.code(), 0xC0000094U);
-    EXPECT_STREQ(copy.what(), original.what());
-    EXPECT_STREQ(Tam_rpc_exception(original).what(), original.what());
 }
 
 TEST(Exception_translator, throws_rpc_exceptions_for_rpc_status_values_alone)

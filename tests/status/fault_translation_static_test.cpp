@@ -1,15 +1,6 @@
-#include <thread>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/status/exception_translator.h>
-#include <tam/status/exceptions.h>
-
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 
@@ -19,8 +10,7 @@ TEST(Exception_translator_failures, are_reported_and_install_nothing)
     void* const library = tam_set_exception_translator(nullptr);
     std::thread([&] {
         {
-            const test::Swap guard(
-                detail::win32.fls_set_value, +[](DWORD, void*) WINAPI -> BOOL { return FALSE; });
+            const auto guard = tam::test::failing<0>(detail::win32.fls_set_value);
             const unsigned int blocks = test::heap_blocks();
             for (int i = 0; i < 20; ++i) {
                 try {

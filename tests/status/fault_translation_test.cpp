@@ -1,19 +1,11 @@
-#include <atomic>
+#include <tests/support/test.h>
+
+#include <tests/support/run_child.h>
+
 #include <cstdlib>
-#include <stdexcept>
-#include <string>
-#include <thread>
 #include <typeinfo>
-#include <vector>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
 
 #include <tam/detail/rpc_exception.h>
-#include <tam/status/exception_translator.h>
-
-#include <tests/support/resources.h>
 
 extern "C" __declspec(dllimport) int outer_fault(const volatile int* address, int* destroyed);
 
@@ -92,30 +84,6 @@ std::string without_address(const Caught& caught, const void* function)
     EXPECT_STREQ(end, ".\r\n");
     EXPECT_LT(address - reinterpret_cast<ULONG_PTR>(function), 64U);
     return caught.text.substr(0, at);
-}
-
-DWORD exit_code_of(const std::wstring& program, const std::wstring& mode)
-{
-    wchar_t own[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, own, MAX_PATH);
-    const std::wstring path = std::wstring(own).substr(0, std::wstring(own).rfind(L'\\') + 1) + program;
-    std::wstring command = L"\"" + path + L"\" " + mode;
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
-                          &process)) {
-        return ::GetLastError();
-    }
-    if (::WaitForSingleObject(process.hProcess, TIME_OUT) != WAIT_OBJECT_0) {
-        ::TerminateProcess(process.hProcess, 1000);
-        ::WaitForSingleObject(process.hProcess, TIME_OUT);
-    }
-    DWORD code = 0;
-    ::GetExitCodeProcess(process.hProcess, &code);
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
-    return code;
 }
 
 struct Witness {
@@ -417,24 +385,24 @@ TEST_F(Fault_translation, stack_overflow_is_caught_again_and_again)
 
 TEST(Exception_translator, other_threads_and_earlier_filters_keep_their_ways)
 {
-    const std::wstring child = L"status_fault_child.exe";
-    EXPECT_EQ(exit_code_of(child, L"caught"), 80U);
-    EXPECT_EQ(exit_code_of(child, L"default"), 0xC0000005U);
-    EXPECT_EQ(exit_code_of(child, L"never_installed"), 70U);
-    EXPECT_EQ(exit_code_of(child, L"removed"), 70U);
-    EXPECT_EQ(exit_code_of(child, L"earlier"), 70U);
-    EXPECT_EQ(exit_code_of(child, L"filter_set_later"), 71U);
-    EXPECT_EQ(exit_code_of(child, L"returning"), 3U);
+    const std::wstring child = L"status_fault_child";
+    EXPECT_EQ(test::run_child(child, L"caught"), 80U);
+    EXPECT_EQ(test::run_child(child, L"default"), 0xC0000005U);
+    EXPECT_EQ(test::run_child(child, L"never_installed"), 70U);
+    EXPECT_EQ(test::run_child(child, L"removed"), 70U);
+    EXPECT_EQ(test::run_child(child, L"earlier"), 70U);
+    EXPECT_EQ(test::run_child(child, L"filter_set_later"), 71U);
+    EXPECT_EQ(test::run_child(child, L"returning"), 3U);
 }
 
 #ifdef TAM_STATIC
 TEST(Exception_translator, installs_when_indexes_are_to_be_had_again)
 {
-    EXPECT_EQ(exit_code_of(L"status_fault_child.exe", L"no_indexes"), 80U);
+    EXPECT_EQ(test::run_child(L"status_fault_child", L"no_indexes"), 80U);
 }
 #else
 TEST(Exception_translator, unloading_puts_the_earlier_filter_back)
 {
-    EXPECT_EQ(exit_code_of(L"status_unload_child.exe", L""), 0U);
+    EXPECT_EQ(test::run_child(L"status_unload_child", L""), 0U);
 }
 #endif

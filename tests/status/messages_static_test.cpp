@@ -1,18 +1,12 @@
-#include <new>
-#include <string>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/status.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/swap.h>
 
 using namespace tam;
 using tam::test::chain;
+using tam::test::fail_each_allocation;
+using tam::test::failing;
 using tam::test::Failing_new;
 using tam::test::live_blocks;
 using tam::test::Swap;
@@ -37,12 +31,6 @@ DWORD WINAPI fail_to_format(DWORD flags, LPCVOID module, DWORD id, DWORD languag
     calls[call_count++ % std::size(calls)] = {flags, module, id, language, size};
     ::SetLastError(ERROR_MR_MID_NOT_FOUND);
     return 0;
-}
-
-HMODULE WINAPI fail_to_load(LPCWSTR)
-{
-    ::SetLastError(ERROR_DLL_INIT_FAILED);
-    return nullptr;
 }
 
 } // namespace
@@ -73,24 +61,9 @@ TEST(Messages_list, asks_each_module_with_the_system_and_then_the_system_alone)
     EXPECT_EQ(calls[3].id, 0xC2000019);
 }
 
-TEST(Messages_list, writes_the_fallback_for_codes_that_the_system_would_know)
-{
-    const Swap guard(detail::win32.format_message, &fail_to_format);
-    const Tam_messages_list list;
-    std::wstring text;
-    list.format_message(Tam_status(), text);
-    EXPECT_EQ(text, L"Success 0\n");
-    list.format_message(Tam_status(0x80000001), text);
-    EXPECT_EQ(text, L"Warning 0x1\n");
-    list.format_message(Tam_status(0x40000001), text);
-    EXPECT_EQ(text, L"Information 0x1\n");
-    list.format_message(Tam_status(0x20000000), text);
-    EXPECT_EQ(text, L"Error 0\n");
-}
-
 TEST(Messages_list, reports_the_systems_reason_when_a_module_cannot_be_loaded)
 {
-    const Swap guard(detail::win32.load_library, &fail_to_load);
+    const auto guard = failing<ERROR_DLL_INIT_FAILED>(detail::win32.load_library);
     Tam_messages_list list;
     Tam_status status(7);
     list.add(L"x", status);
@@ -105,22 +78,13 @@ TEST(Messages_list, reports_and_survives_every_failing_allocation_of_add)
     {
         Tam_messages_list list;
         Tam_status status;
-        unsigned int failures = 0;
-        for (unsigned int nth = 1;; ++nth) {
-            bool failed = false;
-            {
-                const Failing_new failing(nth);
-                list.add(name, status);
-                failed = failing.failed();
-            }
-            if (!failed) {
-                break;
-            }
-            ++failures;
-            EXPECT_EQ(chain(status), L"C2000002(" + name + L") C2000001") << nth;
-            EXPECT_EQ(list.begin(), list.end());
-            EXPECT_EQ(::GetModuleHandleW(MODULE), nullptr);
-        }
+        const unsigned int failures =
+            fail_each_allocation([] {}, [&] { list.add(name, status); },
+                                 [&](unsigned int nth, bool) {
+                                     EXPECT_EQ(chain(status), L"C2000002(" + name + L") C2000001") << nth;
+                                     EXPECT_EQ(list.begin(), list.end());
+                                     EXPECT_EQ(::GetModuleHandleW(MODULE), nullptr);
+                                 });
         EXPECT_GE(failures, 3U); // the record, its name and its place in the list
         EXPECT_TRUE(status.is_clear());
         EXPECT_NE(list.begin(), list.end());
@@ -157,25 +121,14 @@ TEST(Messages_list, loses_nothing_when_rendering_runs_out_of_memory)
     const Tam_status known(0xC2000F01, Tam_wstring_status_arg(std::wstring(100, L'x')));
     const Tam_status unknown(0xC2000FFF, Tam_wstring_status_arg(std::wstring(100, L'x')));
     for (const Tam_status* one : {&known, &unknown}) {
-        unsigned int failures = 0;
-        for (unsigned int nth = 1;; ++nth) {
-            bool failed = false;
-            const long long before = live_blocks();
-            {
-                std::wstring text;
-                const Failing_new failing(nth);
-                try {
-                    list.format_message(*one, text);
-                } catch (const std::bad_alloc&) {
-                }
-                failed = failing.failed();
-            }
-            EXPECT_EQ(live_blocks(), before);
-            if (!failed) {
-                break;
-            }
-            ++failures;
-        }
+        std::optional<std::wstring> text;
+        const long long before = live_blocks();
+        const unsigned int failures =
+            fail_each_allocation([&] { text.emplace(); }, [&] { list.format_message(*one, *text); },
+                                 [&](unsigned int, bool) {
+                                     text.reset();
+                                     EXPECT_EQ(live_blocks(), before);
+                                 });
         EXPECT_GE(failures, 2U);
     }
 }

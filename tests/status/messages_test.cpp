@@ -1,15 +1,4 @@
-#include <stdexcept>
-#include <type_traits>
-#include <vector>
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <tam/status.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/temporary_folder.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using tam::test::chain;
@@ -115,16 +104,6 @@ TEST(Messages, reports_a_module_that_cannot_be_loaded_and_still_asks_the_system)
     }
 }
 
-TEST(Messages, finds_errors_of_the_system_by_their_bare_number)
-{
-    Tam_status status;
-    const Tam_messages messages(LIBRARY, status);
-    std::wstring text;
-    EXPECT_TRUE(messages.format_message(Tam_status(ERROR_ACCESS_DENIED), text));
-    EXPECT_EQ(text, system_text(ERROR_ACCESS_DENIED));
-    EXPECT_FALSE(text.empty());
-}
-
 TEST(Messages_list, adds_a_module_once_whatever_the_letter_case)
 {
     Tam_messages_list list;
@@ -133,16 +112,6 @@ TEST(Messages_list, adds_a_module_once_whatever_the_letter_case)
     list.add(L"TAM_Messages.dll", status);
     EXPECT_EQ(chain(status), L"C2000003(TAM_Messages.dll)");
     EXPECT_EQ(names(list), std::vector<std::wstring>{LIBRARY});
-}
-
-TEST(Messages_list, keeps_its_modules_when_another_cannot_be_added)
-{
-    Tam_messages_list list;
-    add(list, OTHER);
-    Tam_status status(7, Int(1, false));
-    list.add(L"no such module.dll", status);
-    EXPECT_EQ(chain(status), L"C2000002(no such module.dll) 126");
-    EXPECT_EQ(names(list), std::vector<std::wstring>{OTHER});
 }
 
 TEST(Messages_list, removes_a_module_whatever_the_letter_case_and_ignores_unknown_ones)

@@ -1,10 +1,5 @@
-#include <tam/stream/buffer.h>
+#include <tests/support/test.h>
 
-#include <thread>
-
-#include <gtest/gtest.h>
-
-#include <tam/status/codes.h>
 #include <tests/stream/vector_buffer.h>
 
 namespace tam {
@@ -17,23 +12,6 @@ struct Counted : test::Vector_buffer {
     using Tam_buffer::remove_ostream;
     using Tam_buffer::remove_unbuffered_istream;
 };
-
-TEST(Buffer, accepts_one_writer_at_a_time)
-{
-    Counted buffer;
-    Tam_status status = 5U;
-    buffer.connect_ostream(status);
-    EXPECT_TRUE(status.is_clear());
-    buffer.connect_ostream(status);
-    EXPECT_EQ(status.value(), 0xC2000033U);
-    EXPECT_FALSE(status.has_child());
-    EXPECT_EQ(buffer.num_ostream(), 1U);
-    buffer.disconnect_ostream();
-    buffer.disconnect_ostream();
-    EXPECT_EQ(buffer.num_ostream(), 0U);
-    buffer.connect_ostream(status);
-    EXPECT_TRUE(status.is_clear());
-}
 
 TEST(Buffer, counts_each_kind_of_stream_and_never_below_zero)
 {

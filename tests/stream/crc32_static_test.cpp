@@ -1,7 +1,6 @@
+#include <tests/support/test.h>
+
 #include <tam/detail/crc32_kernels.h>
-
-#include <gtest/gtest.h>
-
 #include <tam/detail/crc32_polynomial.h>
 #include <tests/stream/crc32_reference.h>
 

@@ -1,18 +1,7 @@
-#include <tam/stream/crc32.h>
+#include <tests/support/test.h>
 
-#include <cstring>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/unbuffered_istream.h>
 #include <tests/stream/crc32_reference.h>
 #include <tests/stream/vector_buffer.h>
-#include <tests/support/chain.h>
 
 namespace tam {
 namespace {
@@ -132,17 +121,6 @@ TEST(Crc32, covers_a_whole_buffer_and_waits_for_its_writer)
     crc.update(Vector_buffer(), status);
     EXPECT_TRUE(status.is_clear());
     EXPECT_EQ(crc.result(), 0U);
-}
-
-TEST(Crc32, takes_what_a_buffer_delivers_and_ends_when_that_is_nothing)
-{
-    Vector_buffer buffer(some_bytes(3000));
-    buffer.portion = [](unsigned long long position) { return position < 2001 ? 667U : 0U; };
-    Tam_status status;
-    Tam_crc32 crc;
-    crc.update(buffer, status);
-    EXPECT_TRUE(status.is_clear());
-    EXPECT_EQ(crc.result(), crc32_of(buffer.data.substr(0, 2001)));
 }
 
 TEST(Crc32, passes_a_failing_read_on_and_keeps_what_came_before)

@@ -1,13 +1,7 @@
-#include <tam/stream/istream.h>
+#include <tests/support/test.h>
 
 #include <cstdint>
-#include <memory>
-#include <string>
 
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/unbuffered_istream.h>
 #include <tests/stream/vector_buffer.h>
 
 namespace tam {

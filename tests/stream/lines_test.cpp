@@ -1,10 +1,5 @@
-#include <tam/stream/lines.h>
+#include <tests/support/test.h>
 
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
 #include <tests/stream/vector_buffer.h>
 
 namespace tam {

@@ -1,12 +1,6 @@
-#include <tam/stream/memory_buffer.h>
+#include <tests/support/test.h>
 
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
 
 namespace tam {
 namespace {
@@ -22,23 +16,14 @@ TYPED_TEST_SUITE(Memory_buffer_without_memory, Buffers);
 
 TYPED_TEST(Memory_buffer_without_memory, cannot_be_made)
 {
-    for (unsigned int nth = 1;; ++nth) {
-        const unsigned int blocks = test::heap_blocks();
-        bool failed = false;
-        try {
-            const Failing_new failing(nth);
-            const TypeParam buffer;
-            failed = failing.failed();
-            EXPECT_FALSE(failed);
-        } catch (const std::bad_alloc&) {
-            failed = true;
-        }
-        EXPECT_EQ(test::heap_blocks(), blocks);
-        if (!failed) {
-            EXPECT_GT(nth, 2U); // the store and its table
-            break;
-        }
-    }
+    const unsigned int blocks = test::heap_blocks();
+    const unsigned int failures = test::fail_each_allocation([] {}, [] { const TypeParam buffer; },
+                                                             [&](unsigned int, bool thrown) {
+                                                                 EXPECT_TRUE(thrown);
+                                                                 EXPECT_EQ(test::heap_blocks(), blocks);
+                                                             });
+    EXPECT_GT(failures, 1U); // the store and its table
+    EXPECT_EQ(test::heap_blocks(), blocks);
 }
 
 // The table of blocks grows when position 4 MiB comes into reach.

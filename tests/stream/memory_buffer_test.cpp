@@ -1,19 +1,7 @@
-#include <tam/stream/memory_buffer.h>
+#include <tests/support/test.h>
 
-#include <chrono>
-#include <cstring>
-#include <future>
-#include <new>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <tam/status/exception_translator.h>
 #include <tests/stream/buffer_model.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
+#include <tests/stream/follow.h>
 
 namespace tam {
 namespace {
@@ -66,36 +54,6 @@ TYPED_TEST(Memory_buffer, does_what_its_model_does)
     Buffer_walk(this->m_buffer, model).run(2000);
 }
 
-TYPED_TEST(Memory_buffer, reads_gaps_as_zeros)
-{
-    this->m_status = 5U;
-    this->write(10000, "x");
-    EXPECT_EQ(chain(this->m_status), L"");
-    EXPECT_EQ(this->m_position, 10001U);
-    EXPECT_EQ(this->length(), 10001U);
-    EXPECT_EQ(this->read(0, 20000), std::string(10000, '\0') + "x");
-    // The table of blocks has grown in one step to more than twice its first size.
-    this->write(10'000'000, "y");
-    EXPECT_EQ(this->read(9'999'999, 2), std::string("\0y", 2));
-    EXPECT_EQ(this->read(10000, 2), std::string("x\0", 2));
-}
-
-TYPED_TEST(Memory_buffer, reports_nothing_read_as_the_end)
-{
-    EXPECT_EQ(this->read(0, 1), "");
-    EXPECT_EQ(chain(this->m_status), L"C2000019");
-    this->write(0, "abc");
-    EXPECT_EQ(this->read(0, 0), "");
-    EXPECT_EQ(chain(this->m_status), L"C2000019");
-    EXPECT_EQ(this->read(0xFFFFFFFFFFFFFFFF, 1), "");
-    EXPECT_EQ(chain(this->m_status), L"C2000019");
-    EXPECT_EQ(this->m_position, 0xFFFFFFFFFFFFFFFF);
-    this->m_status = 5U;
-    this->write(0xFFFFFFFFFFFFFFFF, ""); // nothing, wherever that is
-    EXPECT_EQ(chain(this->m_status), L"");
-    EXPECT_EQ(this->length(), 3U);
-}
-
 // Nobody has a terabyte to give; at the other positions no table can be large enough, and the last three overflow.
 TYPED_TEST(Memory_buffer, refuses_positions_that_are_too_large)
 {
@@ -129,26 +87,6 @@ TYPED_TEST(Memory_buffer, counts_what_is_left_in_32_bits_unless_it_is_for_thread
     EXPECT_EQ(chain(this->m_status), FOR_THREADS ? L"" : L"C2000019");
     EXPECT_EQ(this->read(8, 3), std::string(3, '\0'));
     EXPECT_EQ(this->read(4 * GIB + 3, 9), std::string("\0xyz", 4));
-}
-
-TYPED_TEST(Memory_buffer, gives_all_memory_and_handles_back)
-{
-    const unsigned int blocks = test::heap_blocks();
-    const unsigned int handles = test::open_handles();
-    {
-        TypeParam buffer;
-        Tam_status status;
-        unsigned long long position = 0;
-        const std::string piece(3000, 'x');
-        for (unsigned int i = 0; i < 3000; ++i) {
-            buffer.write(position, 3000, piece.data(), status);
-        }
-        position += 5'000'000;
-        buffer.write(position, 1, "x", status);
-        EXPECT_EQ(chain(status), L"");
-    }
-    EXPECT_EQ(test::heap_blocks(), blocks);
-    EXPECT_EQ(test::open_handles(), handles);
 }
 
 // A source that begins 6000 bytes before memory that nobody may read.
@@ -202,37 +140,10 @@ TYPED_TEST(Memory_buffer, reports_what_is_no_standard_exception)
     EXPECT_EQ(this->length(), 0U);
 }
 
-// The reader polls: it gets every byte once and in order, and the end only when the writer has gone.
 TEST(Memory_buffer_mt, lets_a_waiting_reader_follow_the_writer_to_its_end)
 {
     Tam_memory_buffer_mt buffer;
-    Tam_status status;
-    buffer.connect_ostream(status);
-    auto reader = std::async(std::launch::async, [&buffer] {
-        std::string all;
-        char part[100];
-        unsigned long long position = 0;
-        Tam_status end;
-        for (;;) {
-            const unsigned int done = buffer.read(true, position, sizeof part, part, end);
-            if (!end.ok()) {
-                return all + (done == 0 && end == 0xC2000019 ? "" : " and a failure");
-            }
-            all.append(part, done);
-        }
-    });
-    std::string expected;
-    unsigned long long position = 0;
-    for (unsigned int i = 0; i < 200; ++i) {
-        const std::string piece(1 + i * 7 % 150, static_cast<char>('a' + i % 26));
-        buffer.write(position, static_cast<unsigned int>(piece.size()), piece.data(), status);
-        EXPECT_EQ(chain(status), L"");
-        expected += piece;
-    }
-    EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
-    buffer.disconnect_ostream();
-    ASSERT_EQ(reader.wait_for(std::chrono::seconds(30)), std::future_status::ready);
-    EXPECT_EQ(reader.get(), expected);
+    test::expect_that_a_reader_follows(buffer, 200, 100, &test::odd_piece);
 }
 
 TEST(Memory_buffer_mt, a_waiting_read_of_nothing_returns_only_when_the_writer_has_gone)

@@ -1,12 +1,6 @@
-#include <tam/stream/ostream.h>
-
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 #include <tests/stream/vector_buffer.h>
-#include <tests/support/chain.h>
 
 namespace tam {
 namespace {

@@ -1,18 +1,7 @@
-#include <tam/stream/page_buffer.h>
-
-#include <algorithm>
-#include <optional>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
 
 namespace tam {
 namespace {
@@ -108,11 +97,6 @@ BOOL WINAPI virtual_free(void* address, SIZE_T size, DWORD type)
     return ::VirtualFree(address, size, type);
 }
 
-bool exists(const std::wstring& path)
-{
-    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 std::string block_of(unsigned int index)
 {
     return std::string(BLOCK, static_cast<char>('a' + index));
@@ -133,7 +117,7 @@ protected:
     {
         m_buffer.reset();
         EXPECT_EQ(g_regions, 0U);
-        EXPECT_TRUE(g_swap_path.empty() || !exists(g_swap_path));
+        EXPECT_TRUE(g_swap_path.empty() || !test::Temporary_folder::exists(g_swap_path));
         g_swap_path.clear();
     }
 
@@ -197,7 +181,7 @@ TEST_F(Page_buffer_calls, the_swap_file_lives_from_the_first_eviction_to_the_des
     EXPECT_EQ(g_created_with[2], DWORD{CREATE_NEW});
     EXPECT_EQ(g_created_with[3], DWORD{FILE_FLAG_RANDOM_ACCESS});
     EXPECT_EQ(g_swap_path.substr(g_swap_path.size() - 4), L".buf");
-    EXPECT_TRUE(exists(g_swap_path));
+    EXPECT_TRUE(test::Temporary_folder::exists(g_swap_path));
 }
 
 // Blocks 0 and 1 are written once, in the order of eviction; block 2, the last, is dirty until it leaves.
@@ -235,8 +219,7 @@ TEST_F(Page_buffer_calls, a_swap_file_that_cannot_be_opened_fails_the_write_and_
         EXPECT_EQ(found, expected(ERROR_PATH_NOT_FOUND));
     }
     {
-        const Swap no_turn(
-            detail::win32.wait_for_single_object, +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_FAILED; });
+        const auto no_turn = test::failing<0, WAIT_FAILED>(detail::win32.wait_for_single_object);
         EXPECT_EQ(write(LIMIT), L"C200001A");
     }
     expect_all(LIMIT);
@@ -327,34 +310,32 @@ TEST_F(Page_buffer_calls, memory_is_committed_at_its_own_place_and_only_there)
 
 TEST_F(Page_buffer_calls, an_allocation_that_fails_is_a_status_and_loses_nothing)
 {
-    write_all(3); // what is made once
-    m_buffer.reset();
+    const std::string bytes = block_of(0) + block_of(1) + block_of(2);
+    const auto fail_each = [&] {
+        unsigned long long position = 0;
+        const unsigned int failures = test::fail_each_allocation(
+            [&] {
+                m_buffer.emplace(0, LIMIT);
+                position = 0;
+            },
+            [&] { m_buffer->write(position, 3 * BLOCK, bytes.data(), m_status); },
+            [&](unsigned int nth, bool) {
+                EXPECT_EQ(chain(m_status), L"C2000001") << nth;
+                EXPECT_EQ(position % BLOCK, 0U);
+                expect_all(static_cast<unsigned int>(position / BLOCK));
+                write_all(3);
+                expect_all(3);
+            });
+        EXPECT_GT(failures, 2U);
+        EXPECT_EQ(chain(m_status), L"");
+        m_buffer.reset();
+        EXPECT_FALSE(test::Temporary_folder::exists(g_swap_path));
+        m_status.clear();
+    };
+    fail_each(); // the system keeps something from the first time
     const long long blocks = test::live_blocks();
     const unsigned int handles = test::open_handles();
-    for (unsigned int nth = 1;; ++nth) {
-        ASSERT_LT(nth, 200U);
-        m_buffer.emplace(0, LIMIT);
-        const std::string bytes = block_of(0) + block_of(1) + block_of(2);
-        unsigned long long position = 0;
-        bool failed = false;
-        {
-            const test::Failing_new failing(nth);
-            m_buffer->write(position, 3 * BLOCK, bytes.data(), m_status);
-            failed = failing.failed();
-        }
-        if (!failed) {
-            EXPECT_EQ(chain(m_status), L"");
-            break;
-        }
-        EXPECT_EQ(chain(m_status), L"C2000001") << nth;
-        EXPECT_EQ(position % BLOCK, 0U);
-        expect_all(static_cast<unsigned int>(position / BLOCK));
-        write_all(3);
-        expect_all(3);
-    }
-    m_buffer.reset();
-    EXPECT_FALSE(exists(g_swap_path));
-    m_status.clear();
+    fail_each();
     EXPECT_EQ(test::live_blocks(), blocks);
     EXPECT_EQ(test::open_handles(), handles);
 }

@@ -1,19 +1,7 @@
-#include <tam/stream/page_buffer.h>
+#include <tests/support/test.h>
 
-#include <algorithm>
-#include <chrono>
-#include <future>
-#include <optional>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/position.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
+#include <tests/stream/follow.h>
+#include <tests/stream/seek_cases.h>
 
 namespace tam {
 namespace {
@@ -194,41 +182,21 @@ protected:
 using Buffers = testing::Types<Tam_page_buffer, Tam_page_buffer_mt>;
 TYPED_TEST_SUITE(Page_buffer, Buffers);
 
-TYPED_TEST(Page_buffer, a_new_one_is_at_its_end)
-{
-    const TypeParam buffer;
-    unsigned long long position = 0;
-    std::string bytes;
-    EXPECT_EQ(this->read(buffer, position, 10, bytes), L"C2000019");
-    EXPECT_EQ(this->read(buffer, position, 0, bytes), L"C2000019");
-    Tam_status status;
-    EXPECT_EQ(buffer.read(true, position, 10, bytes.data(), status), 0U); // no writer to wait for
-    EXPECT_EQ(chain(status), L"C2000019");
-    EXPECT_EQ(this->length_of(buffer), 0U);
-}
-
 TYPED_TEST(Page_buffer, seeks_from_start_position_or_end)
 {
     TypeParam buffer;
     unsigned long long position = 0;
     EXPECT_EQ(this->write(buffer, position, "abc"), L"");
-    const struct {
-        unsigned int mode;
-        int offset;
-        unsigned long long position;
-        std::optional<unsigned long long> expected;
-    } cases[] = {
-        {0, 10, 1, 10}, {0, -1, 1, {}}, {1, 5, 2, 7}, {1, -2, 2, 0}, {1, -3, 2, {}}, {1, 1, TAM_MAXIMUM_POSITION, {}},
-        {2, 0, 1, 3},   {2, -5, 1, {}}, {2, 5, 1, 8}, {7, -1, 2, 1},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.mode << ", " << c.offset << ", " << c.position);
-        Tam_status status = 5U;
-        position = c.position;
-        buffer.seek(static_cast<Tam_seek_mode>(c.mode), c.offset, position, status);
-        EXPECT_EQ(chain(status), c.expected ? L"" : L"C2000018");
-        EXPECT_EQ(position, c.expected.value_or(c.position));
-    }
+    test::expect_seeks(buffer, {{0, 10, 1, 10},
+                                {0, -1, 1, 1, true},
+                                {1, 5, 2, 7},
+                                {1, -2, 2, 0},
+                                {1, -3, 2, 2, true},
+                                {1, 1, TAM_MAXIMUM_POSITION, TAM_MAXIMUM_POSITION, true},
+                                {2, 0, 1, 3},
+                                {2, -5, 1, 1, true},
+                                {2, 5, 1, 8},
+                                {7, -1, 2, 1}});
 }
 
 TYPED_TEST(Page_buffer, the_limit_follows_from_hint_and_memory_blocks)
@@ -269,23 +237,6 @@ TYPED_TEST(Page_buffer, the_limit_follows_from_hint_and_memory_blocks)
     EXPECT_EQ(this->length_of(usual), 0U);
 }
 
-TYPED_TEST(Page_buffer, a_write_that_runs_into_the_limit_too_early_keeps_what_it_stored)
-{
-    TypeParam buffer(0, 3);
-    unsigned long long position = BLOCK + 100;
-    const std::string bytes(3 * BLOCK, 'x');
-    EXPECT_EQ(this->write(buffer, position, bytes), L"C2000001");
-    EXPECT_EQ(position, 3U * BLOCK);
-    EXPECT_EQ(this->length_of(buffer), 3U * BLOCK);
-    EXPECT_EQ(this->read_block(buffer, 0), std::string(BLOCK, '\0'));
-    EXPECT_EQ(this->read_block(buffer, 1), std::string(100, '\0') + std::string(BLOCK - 100, 'x'));
-    // The first block takes the last piece of memory; from then on blocks are swapped.
-    this->write_block(buffer, 0, "y");
-    EXPECT_EQ(this->write(buffer, position, bytes), L"");
-    EXPECT_EQ(position, 6U * BLOCK);
-    EXPECT_EQ(this->read_block(buffer, 0), "y" + std::string(BLOCK - 1, '\0'));
-}
-
 TYPED_TEST(Page_buffer, a_far_position_is_a_status_and_never_an_exception)
 {
     TypeParam buffer(0, 2);
@@ -293,13 +244,13 @@ TYPED_TEST(Page_buffer, a_far_position_is_a_status_and_never_an_exception)
         for (unsigned int i = 0; i < blocks_written; ++i) {
             this->write_block(buffer, i, block_of(i));
         }
-        for (const unsigned long long far : {1ULL << 44, 1ULL << 45, 1ULL << 62, TAM_MAXIMUM_POSITION, ~0ULL}) {
-            SCOPED_TRACE(testing::Message() << far << " after " << blocks_written);
-            unsigned long long position = far;
+        for (const unsigned long long distant : {1ULL << 44, 1ULL << 45, 1ULL << 62, TAM_MAXIMUM_POSITION, ~0ULL}) {
+            SCOPED_TRACE(testing::Message() << distant << " after " << blocks_written);
+            unsigned long long position = distant;
             std::string bytes;
             EXPECT_EQ(this->write(buffer, position, "x"), L"C2000001");
             EXPECT_EQ(this->read(buffer, position, 1, bytes), L"C2000019");
-            EXPECT_EQ(position, far);
+            EXPECT_EQ(position, distant);
         }
         EXPECT_EQ(this->length_of(buffer), 1ULL * blocks_written * BLOCK);
     }
@@ -364,41 +315,6 @@ TYPED_TEST(Page_buffer, does_what_its_algorithm_says_at_every_step)
     }
 }
 
-TYPED_TEST(Page_buffer, serves_a_stream_from_swapped_blocks)
-{
-    TypeParam buffer(0, 2);
-    unsigned long long position = 0;
-    for (unsigned int line = 0; line < 5000; ++line) {
-        ASSERT_EQ(this->write(buffer, position, "line " + std::to_string(line) + "\r\n"), L"");
-    }
-    Tam_status status;
-    Tam_buffered_istream stream(buffer, false, status);
-    std::string text;
-    unsigned int lines = 0;
-    for (stream.readln(100, text, status); status.ok(); stream.readln(100, text, status)) {
-        ASSERT_EQ(text, "line " + std::to_string(lines++));
-    }
-    EXPECT_EQ(chain(status), L"C2000019");
-    EXPECT_EQ(lines, 5000U);
-}
-
-TYPED_TEST(Page_buffer, leaves_no_handle_and_no_memory_behind)
-{
-    const auto use = [&] {
-        TypeParam buffer(0, 2);
-        for (unsigned int i = 0; i < 5; ++i) {
-            this->write_block(buffer, i, block_of(i));
-        }
-        EXPECT_EQ(this->read_block(buffer, 0), block_of(0));
-    };
-    use(); // the temporary directory is determined once
-    const unsigned int handles = test::open_handles();
-    const unsigned int blocks = test::heap_blocks();
-    use();
-    EXPECT_EQ(test::open_handles(), handles);
-    EXPECT_EQ(test::heap_blocks(), blocks);
-}
-
 // 1 TiB is reserved however much more is asked for, since the system may look for the addresses for ever.
 TEST(Page_buffer_limit, a_huge_one_is_cut)
 {
@@ -434,35 +350,11 @@ TEST(Page_buffer_mt, a_reader_that_waits_at_the_end_yields_once)
     EXPECT_EQ(chain(status), L"C2000019");
 }
 
-// Every byte arrives once and in order, from blocks that went through the swap file, and the end only comes when the
-// writer has gone.
-TEST(Page_buffer_mt, a_reader_follows_a_writer_of_whole_blocks_to_its_end)
+// Whole blocks, since changes of a block that went through the swap file can get lost.
+TEST(Page_buffer_mt, a_reader_follows_a_writer_through_the_swap_file)
 {
-    constexpr unsigned int BLOCKS = 60;
     Tam_page_buffer_mt buffer(0, 4);
-    Tam_status status;
-    buffer.connect_ostream(status);
-    auto reader = std::async(std::launch::async, [&buffer] {
-        std::string all;
-        std::string part(5000, '?');
-        unsigned long long position = 0;
-        for (Tam_status end; end.ok();) {
-            const unsigned int done = buffer.read(true, position, 5000, part.data(), end);
-            all.append(part, 0, done);
-        }
-        return all;
-    });
-    std::string expected;
-    unsigned long long position = 0;
-    for (unsigned int i = 0; i < BLOCKS; ++i) {
-        expected += block_of(i);
-        buffer.write(position, BLOCK, block_of(i).data(), status);
-        EXPECT_EQ(chain(status), L"");
-    }
-    EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-    buffer.disconnect_ostream();
-    ASSERT_EQ(reader.wait_for(std::chrono::seconds(60)), std::future_status::ready);
-    EXPECT_TRUE(reader.get() == expected);
+    test::expect_that_a_reader_follows(buffer, 60, 5000, &block_of);
 }
 
 TEST(Page_buffer_mt, readers_do_not_take_each_others_blocks)

@@ -1,27 +1,10 @@
-#include <tam/stream/position.h>
-
-#include <limits>
-#include <stdexcept>
-
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
 namespace tam {
 namespace {
 
 constexpr int LEAST = std::numeric_limits<int>::min();
 constexpr int MOST = std::numeric_limits<int>::max();
-
-template <class Exception, class Operation>
-void expect_throw(const char* text, Operation operation)
-{
-    try {
-        operation();
-        ADD_FAILURE() << "nothing thrown instead of: " << text;
-    } catch (const std::exception& e) {
-        EXPECT_TRUE(typeid(e) == typeid(Exception)) << typeid(e).name();
-        EXPECT_STREQ(e.what(), text);
-    }
-}
 
 TEST(Position, advance_moves_up_to_the_limits)
 {
@@ -35,11 +18,15 @@ TEST(Position, advance_moves_up_to_the_limits)
 
 TEST(Position, advance_throws_beyond_them)
 {
-    expect_throw<std::overflow_error>("Stream position too large.", [] { tam_advance(0x7FFFFFFFFFFFFFFF, 1); });
-    expect_throw<std::overflow_error>("Stream position too large.", [] { tam_advance(0x8000000000000000, 0); });
-    expect_throw<std::overflow_error>("Stream position too large.", [] { tam_advance(0xFFFFFFFFFFFFFFFF, MOST); });
-    expect_throw<std::underflow_error>("Stream position going negative.", [] { tam_advance(3, -4); });
-    expect_throw<std::underflow_error>("Stream position going negative.", [] { tam_advance(0x7FFFFFFF, LEAST); });
+    EXPECT_EQ(test::thrown<std::overflow_error>([] { tam_advance(0x7FFFFFFFFFFFFFFF, 1); }),
+              "Stream position too large.");
+    EXPECT_EQ(test::thrown<std::overflow_error>([] { tam_advance(0x8000000000000000, 0); }),
+              "Stream position too large.");
+    EXPECT_EQ(test::thrown<std::overflow_error>([] { tam_advance(0xFFFFFFFFFFFFFFFF, MOST); }),
+              "Stream position too large.");
+    EXPECT_EQ(test::thrown<std::underflow_error>([] { tam_advance(3, -4); }), "Stream position going negative.");
+    EXPECT_EQ(test::thrown<std::underflow_error>([] { tam_advance(0x7FFFFFFF, LEAST); }),
+              "Stream position going negative.");
 }
 
 TEST(Position, difference_covers_all_of_an_int)
@@ -52,9 +39,10 @@ TEST(Position, difference_covers_all_of_an_int)
 
 TEST(Position, difference_throws_an_overflow_either_way)
 {
-    expect_throw<std::overflow_error>("Stream offset too positive", [] { tam_difference(0x80000000, 0); });
-    expect_throw<std::overflow_error>("Stream offset too negative", [] { tam_difference(0, 0x80000001); });
-    expect_throw<std::overflow_error>("Stream offset too negative", [] { tam_difference(0, 0xFFFFFFFFFFFFFFFF); });
+    EXPECT_EQ(test::thrown<std::overflow_error>([] { tam_difference(0x80000000, 0); }), "Stream offset too positive");
+    EXPECT_EQ(test::thrown<std::overflow_error>([] { tam_difference(0, 0x80000001); }), "Stream offset too negative");
+    EXPECT_EQ(test::thrown<std::overflow_error>([] { tam_difference(0, 0xFFFFFFFFFFFFFFFF); }),
+              "Stream offset too negative");
 }
 
 } // namespace

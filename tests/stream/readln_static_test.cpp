@@ -1,11 +1,5 @@
-#include <tam/stream/istream.h>
+#include <tests/support/test.h>
 
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/unbuffered_istream.h>
 #include <tests/stream/vector_buffer.h>
 #include <tests/support/failing_new.h>
 
@@ -18,28 +12,24 @@ void expect_nothing_lost()
     const test::Vector_buffer buffer(std::string(40000, 'x') + "\n");
     Tam_status status;
     Stream stream(buffer, false, status);
-    for (unsigned int nth = 1;; ++nth) {
-        stream.seek(1);
-        bool failed = false;
-        std::string line;
-        buffer.reads.clear();
-        buffer.reads.reserve(1000);
-        {
-            const test::Failing_new failing(nth);
-            stream.readln(100000, line, status);
-            failed = failing.failed();
-        }
-        if (!failed) {
-            EXPECT_GT(nth, 2U);
-            EXPECT_TRUE(status.is_clear());
-            EXPECT_EQ(line.size(), 39999U);
-            EXPECT_EQ(stream.tell(), 40001U);
-            return;
-        }
-        EXPECT_EQ(status.value(), 0xC2000001U);
-        EXPECT_EQ(line, "");
-        EXPECT_EQ(stream.tell(), 1U);
-    }
+    std::string line;
+    const unsigned int failures = test::fail_each_allocation(
+        [&] {
+            stream.seek(1);
+            line = std::string();
+            buffer.reads.clear();
+            buffer.reads.reserve(1000);
+        },
+        [&] { stream.readln(100000, line, status); },
+        [&](unsigned int, bool) {
+            EXPECT_EQ(status.value(), 0xC2000001U);
+            EXPECT_EQ(line, "");
+            EXPECT_EQ(stream.tell(), 1U);
+        });
+    EXPECT_GT(failures, 1U);
+    EXPECT_TRUE(status.is_clear());
+    EXPECT_EQ(line.size(), 39999U);
+    EXPECT_EQ(stream.tell(), 40001U);
 }
 
 TEST(Line_readers, lose_nothing_when_memory_runs_out)

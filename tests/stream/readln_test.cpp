@@ -1,14 +1,5 @@
-#include <tam/stream/istream.h>
+#include <tests/support/test.h>
 
-#include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/buffered_istream.h>
-#include <tam/stream/unbuffered_istream.h>
 #include <tests/stream/vector_buffer.h>
 
 namespace tam {
@@ -401,23 +392,6 @@ TEST(Line_readers, follow_a_buffer_that_grows)
     EXPECT_EQ(read_line(stream, Reader::NARROW, 9), (Line{"d", NO_LINE_END, 5}));
     buffer.data += "e\n";
     EXPECT_EQ(read_line(stream, Reader::NARROW, 9), (Line{"e", 0, 7}));
-}
-
-TEST(Buffered_istream, refills_its_cache_once_a_block_for_lines)
-{
-    std::string text;
-    while (text.size() < 40000) {
-        text += std::string(text.size() % 61, 'x') + "\r\n";
-    }
-    const Vector_buffer buffer(text);
-    Tam_status status;
-    Tam_buffered_istream stream(buffer, false, status);
-    std::string line;
-    do {
-        stream.readln(100, line, status);
-    } while (status.ok());
-    EXPECT_EQ(stream.tell(), text.size());
-    EXPECT_EQ(buffer.reads.size(), 4U);
 }
 
 } // namespace

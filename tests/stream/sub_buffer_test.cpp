@@ -1,15 +1,8 @@
-#include <tam/stream/sub_buffer.h>
+#include <tests/support/test.h>
 
-#include <stdexcept>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <tam/stream/memory_buffer.h>
 #include <tests/stream/buffer_model.h>
+#include <tests/stream/seek_cases.h>
 #include <tests/stream/vector_buffer.h>
-#include <tests/support/chain.h>
-#include <tests/support/thrown.h>
 
 namespace tam {
 namespace {
@@ -148,37 +141,21 @@ TEST_F(Sub_buffer, with_an_open_end_follows_what_lies_below)
 TEST_F(Sub_buffer, seeks_in_its_window)
 {
     const Tam_sub_buffer buffer(m_underlying, 10, 20ULL);
-    const struct {
-        unsigned int mode;
-        int offset;
-        unsigned long long position;
-        unsigned long long expected;
-        bool fails;
-    } rows[] = {
-        {0, 3, 7, 3, false},
-        {0, -1, 7, 7, true}, // before the window, although there are bytes
-        {0, 2147483647, 7, 2147483647, false},
-        {1, -7, 7, 0, false},
-        {1, -8, 7, 7, true},
-        {1, 100, 7, 107, false},
-        {1, 0, LARGEST - 10, LARGEST - 10, false},
-        {1, 1, LARGEST - 10, LARGEST - 10, true},
-        {1, -1, LARGEST, LARGEST - 1, false},
-        {1, 6, 0ULL - 1, 0ULL - 1, true},
-        {2, -10, 7, 0, false},
-        {2, -11, 7, 7, true},
-        {2, 5, 7, 15, false},
-        {3, 0, 7, 7, true}, // no mode of a sub-buffer
-        {0xFFFFFFFF, 0, 7, 7, true},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.mode << ", " << row.offset << ", " << row.position);
-        m_status = 5U;
-        m_position = row.position;
-        buffer.seek(static_cast<Tam_seek_mode>(row.mode), row.offset, m_position, m_status);
-        EXPECT_EQ(chain(m_status), row.fails ? L"C2000018" : L"");
-        EXPECT_EQ(m_position, row.expected);
-    }
+    test::expect_seeks(buffer, {{0, 3, 7, 3},
+                                {0, -1, 7, 7, true}, // before the window, although there are bytes
+                                {0, 2147483647, 7, 2147483647},
+                                {1, -7, 7, 0},
+                                {1, -8, 7, 7, true},
+                                {1, 100, 7, 107},
+                                {1, 0, LARGEST - 10, LARGEST - 10},
+                                {1, 1, LARGEST - 10, LARGEST - 10, true},
+                                {1, -1, LARGEST, LARGEST - 1},
+                                {1, 6, 0ULL - 1, 0ULL - 1, true},
+                                {2, -10, 7, 0},
+                                {2, -11, 7, 7, true},
+                                {2, 5, 7, 15},
+                                {3, 0, 7, 7, true}, // no mode of a sub-buffer
+                                {0xFFFFFFFF, 0, 7, 7, true}});
 }
 
 TEST_F(Sub_buffer, reports_what_fails_below)

@@ -65,6 +65,11 @@ std::wstring Temporary_folder::file(const std::wstring& name, const std::string&
     return path;
 }
 
+bool Temporary_folder::exists(const std::wstring& path)
+{
+    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 std::string Temporary_folder::bytes_of(const std::wstring& path)
 {
     const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,

@@ -21,6 +21,9 @@ public:
     /// Writes a file with exactly these bytes, by raw calls, and gives its path.
     std::wstring file(const std::wstring& name, const std::string& bytes) const;
 
+    /// Whether there is a file or folder of that path, by raw calls.
+    static bool exists(const std::wstring& path);
+
     /// The bytes of a file, by raw calls.
     static std::string bytes_of(const std::wstring& path);
 

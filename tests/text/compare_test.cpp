@@ -1,10 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include <tam/text/compare.h>
-
-#include <tests/support/locale.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 

@@ -1,19 +1,8 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <algorithm>
 #include <charconv>
 #include <initializer_list>
-#include <limits>
-#include <random>
-#include <stdexcept>
-#include <string>
 #include <string_view>
-#include <vector>
-
-#include <tam/text/number.h>
-
-#include <tests/support/locale.h>
-#include <tests/support/thrown.h>
 
 using namespace tam;
 using tam::test::Locale;
@@ -34,28 +23,6 @@ std::wstring itow(Integer value, unsigned short radix = 10, bool format = false)
     std::wstring out = L"what was there before";
     tam_itow(value, out, radix, format);
     return out;
-}
-
-// Whether text is a number from -2147483648 to 2147483647 by the decimal string alone: pad to one length, compare.
-bool reference_is_int32(const std::string& text)
-{
-    std::size_t i = 0;
-    while (i < text.size() && (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))) {
-        ++i;
-    }
-    const bool negative = i < text.size() && text[i] == '-';
-    if (i < text.size() && (text[i] == '-' || text[i] == '+')) {
-        ++i;
-    }
-    std::string digits = text.substr(i);
-    if (digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
-        return false;
-    }
-    std::string limit = negative ? "2147483648" : "2147483647";
-    const std::size_t width = std::max(digits.size(), limit.size());
-    digits.insert(0, width - digits.size(), '0');
-    limit.insert(0, width - limit.size(), '0');
-    return digits <= limit;
 }
 
 } // namespace
@@ -105,38 +72,6 @@ TEST(Number, judges_texts_as_32_bit_and_as_any_number)
             EXPECT_EQ(tam_is_number(widened(row.text)), row.is_number);
         }
     }
-}
-
-TEST(Number, agrees_with_a_comparison_of_decimal_strings)
-{
-    SCOPED_TRACE(testing::Message() << "seed " << SEED);
-    std::mt19937 random(SEED);
-    int valid = 0;
-    for (int i = 0; i < 20000; ++i) {
-        std::string text(random() % 3, ' ');
-        text += std::string_view("+-  ").substr(random() % 4, random() % 2);
-        text.append(random() % 3, '0');
-        // Mostly around the limits, where one digit decides.
-        std::string digits = random() % 2 ? "2147483648" : std::to_string(random());
-        if (random() % 2) {
-            digits[random() % digits.size()] = static_cast<char>('0' + random() % 10);
-        }
-        if (random() % 16 == 0) {
-            digits.insert(random() % digits.size(), 1, "0 +-a9"[random() % 6]);
-        }
-        text += digits;
-        const bool expected = reference_is_int32(text);
-        valid += expected ? 1 : 0;
-        ASSERT_EQ(tam_is_int32(text), expected) << text;
-        ASSERT_EQ(tam_is_int32(widened(text)), expected) << text;
-        if (expected) {
-            ASSERT_EQ(tam_wtoi32(widened(text)), std::stoi(text)) << text;
-        } else {
-            ASSERT_THROW(tam_wtoi32(widened(text)), std::invalid_argument) << text;
-        }
-    }
-    EXPECT_GT(valid, 2000);
-    EXPECT_LT(valid, 18000);
 }
 
 TEST(Number, wide_classes_are_those_of_the_run_time)

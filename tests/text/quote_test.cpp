@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-
-#include <tam/text/quote.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 

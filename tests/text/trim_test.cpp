@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include <tam/text/case.h>
-#include <tam/text/trim.h>
-
-#include <tests/support/locale.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using tam::test::Locale;

@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <future>
-#include <mutex>
-#include <type_traits>
-
-#include <tam/tam.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using namespace std::chrono_literals;
@@ -20,37 +13,6 @@ TEST(Critical, keeps_other_threads_out_until_left_as_often_as_entered)
     EXPECT_EQ(other.wait_for(50ms), std::future_status::timeout);
     section.unlock();
     EXPECT_EQ(other.wait_for(10s), std::future_status::ready);
-}
-
-TEST(Critical, starts_not_entered_by_default)
-{
-    for (const bool given : {false, true}) {
-        Tam_critical by_default;
-        Tam_critical with_false(false);
-        Tam_critical& section = given ? with_false : by_default;
-        std::future<void> other = std::async(std::launch::async, [&] {
-            section.lock();
-            section.unlock();
-        });
-        ASSERT_EQ(other.wait_for(10s), std::future_status::ready);
-    }
-}
-
-TEST(Critical, guards_a_counter_against_lost_updates)
-{
-    constexpr int ROUNDS = 20000;
-    Tam_critical section;
-    int counter = 0;
-    const auto count = [&] {
-        for (int i = 0; i < ROUNDS; ++i) {
-            const std::lock_guard guard(section);
-            ++counter;
-        }
-    };
-    std::future<void> other = std::async(std::launch::async, count);
-    count();
-    other.get();
-    EXPECT_EQ(counter, 2 * ROUNDS);
 }
 
 TEST(Sleep, lasts_at_least_about_the_time_given)

@@ -1,17 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <future>
-#include <string>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <aclapi.h>
-
-#include <tam/tam.h>
-#include <tests/support/resources.h>
-#include <tests/support/thrown.h>
-#include <tests/support/unique_name.h>
 
 using namespace tam;
 using namespace std::chrono_literals;
@@ -62,15 +51,6 @@ TEST(Event, starts_as_it_is_told)
     EXPECT_FALSE(Tam_event(0, nullptr).signaled());
     EXPECT_TRUE(Tam_event(unique_name(L"event"), true, nullptr).signaled());
     EXPECT_FALSE(Tam_event(L"", false, nullptr).signaled());
-}
-
-TEST(Event, lets_a_waiting_thread_go)
-{
-    Tam_event event;
-    std::future<void> waiter = std::async(std::launch::async, [&] { event.wait(); });
-    EXPECT_EQ(waiter.wait_for(50ms), std::future_status::timeout);
-    event.signal();
-    EXPECT_EQ(waiter.wait_for(10s), std::future_status::ready);
 }
 
 TEST(Event, pulse_lets_waiters_go_and_leaves_it_not_signalled)
@@ -127,18 +107,6 @@ TEST(Event, takes_its_security_from_the_object_given)
     const Tam_event with_default;
     const List_of by_default(with_default.handle());
     EXPECT_FALSE(by_default.present && by_default.list == nullptr);
-
-    // A list without entries grants nobody anything, so a second one of the name cannot be opened.
-    alignas(ACL) unsigned char memory[sizeof(ACL)];
-    ACL* const empty = reinterpret_cast<ACL*>(memory);
-    ASSERT_TRUE(::InitializeAcl(empty, sizeof memory, ACL_REVISION));
-    Tam_security closed;
-    ASSERT_TRUE(
-        ::SetSecurityDescriptorDacl(closed.security_attributes(false)->lpSecurityDescriptor, TRUE, empty, FALSE));
-    const Tam_event event(unique_name(L"closed"), false, &closed);
-    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event again(unique_name(L"closed")); }), "::CreateEvent");
-    const Tam_mutex mutex(unique_name(L"closed_mutex"), false, &closed);
-    EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_mutex again(unique_name(L"closed_mutex")); }), "::CreateMutex");
 }
 
 TEST(Event, is_not_inherited_by_child_processes)

@@ -1,16 +1,6 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <atomic>
-#include <future>
-#include <string>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/thrown.h>
-#include <tests/support/unique_name.h>
-#include <tests/thread/run_child.h>
+#include <tests/support/run_child.h>
 
 using namespace tam;
 using test::unique_name;

@@ -1,69 +1,22 @@
-#include <gtest/gtest.h>
-
-#include <future>
-#include <new>
-#include <string>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
-#include <tests/support/unique_name.h>
 
 using namespace tam;
 using detail::win32;
+using test::failing;
 using test::Swap;
 
-namespace {
-
-HANDLE WINAPI no_event(SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*)
-{
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
-}
-
-HANDLE WINAPI no_mutex(SECURITY_ATTRIBUTES*, BOOL, const wchar_t*)
-{
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
-}
-
-BOOL WINAPI refuse(HANDLE)
-{
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return FALSE;
-}
-
-BOOL WINAPI not_owner(HANDLE)
-{
-    ::SetLastError(ERROR_NOT_OWNER);
-    return FALSE;
-}
-
-DWORD WINAPI failed_wait(HANDLE, DWORD)
-{
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return WAIT_FAILED;
-}
-
-DWORD WINAPI abandoned(HANDLE, DWORD)
-{
-    return WAIT_ABANDONED;
-}
-
-} // namespace
+namespace {} // namespace
 
 TEST(Kernel_objects, throw_the_name_of_the_call_that_failed)
 {
     Tam_event event;
     Tam_mutex mutex;
     {
-        const Swap create_event(win32.create_event, &no_event);
-        const Swap create_mutex(win32.create_mutex, &no_mutex);
+        const auto create_event = failing<ERROR_ACCESS_DENIED>(win32.create_event);
+        const auto create_mutex = failing<ERROR_ACCESS_DENIED>(win32.create_mutex);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event unnamed; }), "::CreateEvent");
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_event named(L"name"); }), "::CreateEvent");
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_mutex unnamed; }), "::CreateMutex");
@@ -72,11 +25,11 @@ TEST(Kernel_objects, throw_the_name_of_the_call_that_failed)
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_semaphore semaphore(3, 2); }), "::CreateMutex")
             << "made before the check";
     }
-    const Swap set(win32.set_event, &refuse);
-    const Swap reset(win32.reset_event, &refuse);
-    const Swap pulse(win32.pulse_event, &refuse);
-    const Swap release(win32.release_mutex, &refuse);
-    const Swap wait(win32.wait_for_single_object, &failed_wait);
+    const auto set = failing<ERROR_INVALID_HANDLE>(win32.set_event);
+    const auto reset = failing<ERROR_INVALID_HANDLE>(win32.reset_event);
+    const auto pulse = failing<ERROR_INVALID_HANDLE>(win32.pulse_event);
+    const auto release = failing<ERROR_INVALID_HANDLE>(win32.release_mutex);
+    const auto wait = failing<ERROR_INVALID_HANDLE, WAIT_FAILED>(win32.wait_for_single_object);
     EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.signal(); }), "::SetEvent");
     EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.reset(); }), "::ResetEvent");
     EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { event.pulse(); }), "::PulseEvent");
@@ -92,7 +45,7 @@ TEST(Kernel_objects, throw_the_name_of_the_call_that_failed)
 TEST(Kernel_objects, a_mutex_that_is_not_owned_is_not_reported)
 {
     Tam_mutex mutex;
-    const Swap release(win32.release_mutex, &not_owner);
+    const auto release = failing<ERROR_NOT_OWNER>(win32.release_mutex);
     EXPECT_NO_THROW(mutex.unlock());
 }
 
@@ -101,7 +54,7 @@ TEST(Kernel_objects, differ_in_what_they_take_for_success)
 {
     Tam_event event;
     Tam_mutex mutex;
-    const Swap wait(win32.wait_for_single_object, &abandoned);
+    const auto wait = failing<ERROR_SUCCESS, WAIT_ABANDONED>(win32.wait_for_single_object);
     EXPECT_FALSE(event.wait(7));
     EXPECT_TRUE(event.signaled());
     EXPECT_TRUE(mutex.try_lock());
@@ -113,14 +66,14 @@ TEST(Semaphore, is_unchanged_and_usable_after_a_failed_call)
 {
     Tam_semaphore semaphore(2, 3);
     {
-        const Swap set(win32.set_event, &refuse);
-        const Swap reset(win32.reset_event, &refuse);
+        const auto set = failing<ERROR_INVALID_HANDLE>(win32.set_event);
+        const auto reset = failing<ERROR_INVALID_HANDLE>(win32.reset_event);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.unlock(1); }), "::SetEvent");
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.lock(2); }), "::ResetEvent");
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.try_lock(2); }), "::ResetEvent");
     }
     {
-        const Swap wait(win32.wait_for_single_object, &failed_wait);
+        const auto wait = failing<ERROR_INVALID_HANDLE, WAIT_FAILED>(win32.wait_for_single_object);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.lock(1); }),
                   "::WaitForSingleObject failed, reason 6");
     }
@@ -129,7 +82,7 @@ TEST(Semaphore, is_unchanged_and_usable_after_a_failed_call)
     ASSERT_EQ(held.wait_for(std::chrono::seconds(10)), std::future_status::ready);
     EXPECT_EQ(held.get(), 1U);
     {
-        const Swap release(win32.release_mutex, &refuse);
+        const auto release = failing<ERROR_INVALID_HANDLE>(win32.release_mutex);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { semaphore.count(); }), "::ReleaseMutex");
         EXPECT_THROW(semaphore.unlock(3), std::invalid_argument) << "the first failure is the one reported";
     }
@@ -138,7 +91,7 @@ TEST(Semaphore, is_unchanged_and_usable_after_a_failed_call)
 TEST(Semaphore, whose_event_fails_leaves_no_handle)
 {
     const unsigned int before = test::open_handles();
-    const Swap create_event(win32.create_event, &no_event);
+    const auto create_event = failing<ERROR_ACCESS_DENIED>(win32.create_event);
     EXPECT_EQ(test::thrown<Tam_sys_call_fail>([] { Tam_semaphore semaphore(1, 1); }), "::CreateEvent");
     EXPECT_EQ(test::open_handles(), before);
 }
@@ -148,15 +101,15 @@ TEST(Exclusive_lock, reports_a_failing_guard_and_event)
     Tam_exclusive_lock local;
     Tam_exclusive_lock named(test::unique_name(L"failing"));
     {
-        const Swap release(win32.release_mutex, &refuse);
+        const auto release = failing<ERROR_INVALID_HANDLE>(win32.release_mutex);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { local.try_lock(); }), "::ReleaseMutex");
     }
     {
-        const Swap set(win32.set_event, &refuse);
+        const auto set = failing<ERROR_INVALID_HANDLE>(win32.set_event);
         EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { named.try_lock(); }), "::SetEvent");
     }
     EXPECT_TRUE(named.try_lock());
-    const Swap reset(win32.reset_event, &refuse);
+    const auto reset = failing<ERROR_INVALID_HANDLE>(win32.reset_event);
     EXPECT_EQ(test::thrown<Tam_sys_call_fail>([&] { named.unlock(); }), "::ResetEvent");
     EXPECT_FALSE(named.try_lock());
 }

@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <future>
-#include <mutex>
-#include <thread>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/unique_name.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::unique_name;
@@ -42,14 +32,6 @@ TEST(Mutex, belongs_to_its_thread_until_unlocked_as_often_as_locked)
         mutex.unlock();
     }
     EXPECT_TRUE(free_for_another_thread(mutex));
-}
-
-TEST(Mutex, starts_not_owned_by_default)
-{
-    Tam_mutex unnamed;
-    Tam_mutex named(unique_name(L"mutex"));
-    EXPECT_TRUE(free_for_another_thread(unnamed));
-    EXPECT_TRUE(free_for_another_thread(named));
 }
 
 TEST(Mutex, unlock_by_a_thread_that_does_not_own_it_is_ignored)
@@ -106,19 +88,4 @@ TEST(Mutex, of_a_name_is_shared)
     ::CloseHandle(raw);
     EXPECT_EQ(::WaitForSingleObject(first.handle(), 0), WAIT_OBJECT_0);
     first.unlock();
-}
-
-TEST(Mutex, works_with_the_guards_of_the_standard)
-{
-    Tam_mutex first;
-    Tam_mutex second;
-    {
-        const std::scoped_lock both(first, second);
-        EXPECT_FALSE(free_for_another_thread(first));
-        EXPECT_FALSE(free_for_another_thread(second));
-    }
-    std::unique_lock guard(first, std::try_to_lock);
-    EXPECT_TRUE(guard.owns_lock());
-    guard.unlock();
-    EXPECT_TRUE(free_for_another_thread(first));
 }

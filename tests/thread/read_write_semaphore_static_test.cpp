@@ -1,17 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <future>
-#include <stdexcept>
-#include <string>
-
-#include <windows.h>
+#include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
 
 using namespace tam;
 using detail::win32;

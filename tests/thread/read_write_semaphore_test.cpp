@@ -1,24 +1,6 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <future>
-#include <numeric>
-#include <random>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
-#include <tests/support/unique_name.h>
-#include <tests/thread/run_child.h>
+#include <tests/support/run_child.h>
 
 using namespace tam;
 using namespace std::chrono_literals;
@@ -126,26 +108,6 @@ TEST_F(Read_write_semaphore, a_waiting_writer_does_not_stop_readers)
     EXPECT_EQ(writer.wait_for(20ms), std::future_status::timeout);
     semaphore.read_unlock();
     EXPECT_EQ(writer.wait_for(10s), std::future_status::ready);
-}
-
-TEST_F(Read_write_semaphore, a_write_unlock_wakes_all_readers)
-{
-    Tam_read_write_semaphore semaphore;
-    semaphore.write_lock();
-    std::vector<std::future<void>> readers;
-    for (int i = 0; i < 4; ++i) {
-        readers.push_back(std::async(std::launch::async, [&] { semaphore.read_lock(); }));
-    }
-    EXPECT_EQ(readers.back().wait_for(50ms), std::future_status::timeout);
-    semaphore.write_unlock();
-    for (auto& reader : readers) {
-        EXPECT_EQ(reader.wait_for(10s), std::future_status::ready);
-    }
-    EXPECT_EQ(free_elsewhere(semaphore), "read");
-    for (int i = 0; i < 4; ++i) {
-        semaphore.read_unlock();
-    }
-    EXPECT_EQ(free_elsewhere(semaphore), "readwrite");
 }
 
 TEST_F(Read_write_semaphore, guards_give_back_their_lock_when_an_exception_leaves_their_scope)

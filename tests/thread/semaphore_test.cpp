@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <future>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <tam/tam.h>
-#include <tests/support/thrown.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using namespace std::chrono_literals;

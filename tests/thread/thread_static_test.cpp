@@ -1,27 +1,15 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <atomic>
 #include <cerrno>
-#include <future>
-#include <optional>
-#include <stdexcept>
-#include <string>
-
-#include <windows.h>
 
 #include <tam/detail/win32.h>
-#include <tam/tam.h>
-#include <tests/support/chain.h>
 #include <tests/support/failing_new.h>
-#include <tests/support/resources.h>
-#include <tests/support/swap.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
 #include <tests/thread/handles.h>
 
 using namespace tam;
 using detail::win32;
 using test::chain;
+using test::failing;
 using test::Swap;
 
 namespace {
@@ -48,11 +36,6 @@ HANDLE WINAPI make_some_events(SECURITY_ATTRIBUTES* attributes, BOOL manual, BOO
     return nullptr;
 }
 
-BOOL WINAPI no_pipe(HANDLE*, HANDLE*, SECURITY_ATTRIBUTES*, DWORD)
-{
-    return FALSE;
-}
-
 BOOL WINAPI refuse(HANDLE)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
@@ -71,26 +54,6 @@ DWORD WINAPI refuse_wait(HANDLE handle, DWORD milliseconds)
     }
     ::SetLastError(ERROR_INVALID_HANDLE);
     return WAIT_FAILED;
-}
-
-BOOL WINAPI refuse_terminate(HANDLE, DWORD)
-{
-    return FALSE;
-}
-
-DWORD WINAPI refuse_count(HANDLE)
-{
-    return 0xFFFFFFFF;
-}
-
-BOOL WINAPI refuse_priority(HANDLE, int)
-{
-    return FALSE;
-}
-
-BOOL WINAPI refuse_slot(DWORD, void*)
-{
-    return FALSE;
 }
 
 BOOL WINAPI short_write(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*)
@@ -245,7 +208,7 @@ TEST_F(Thread_calls, that_run_out_of_memory_leave_no_thread)
 
 TEST_F(Thread_calls, without_a_pipe_run_without_messages)
 {
-    const Swap create(win32.create_pipe, &no_pipe);
+    const auto create = failing<0>(win32.create_pipe);
     std::wstring received;
     const Tam_thread thread(&get_message, &received, m_status);
     EXPECT_EQ(chain(m_status), L"C200003F");
@@ -280,9 +243,9 @@ TEST_F(Thread_calls, of_control_are_reported_and_change_nothing)
 {
     Tam_event go;
     Tam_thread thread(&wait_for_event, &go, m_status);
-    const Swap suspend(win32.suspend_thread, &refuse_count);
-    const Swap resume(win32.resume_thread, &refuse_count);
-    const Swap priority(win32.set_thread_priority, &refuse_priority);
+    const auto suspend = failing<0, 0xFFFFFFFF>(win32.suspend_thread);
+    const auto resume = failing<0, 0xFFFFFFFF>(win32.resume_thread);
+    const auto priority = failing<0>(win32.set_thread_priority);
     EXPECT_EQ(reported([&](Tam_status& status) { thread.suspend(status); }), L"C200003A");
     EXPECT_EQ(reported([&](Tam_status& status) { thread.resume(status); }), L"C200003B");
     EXPECT_EQ(reported([&](Tam_status& status) { thread.set_priority(TAM_THREAD_PRIORITY_LOWEST, status); }),
@@ -302,7 +265,7 @@ TEST_F(Thread_calls, that_do_not_terminate_take_the_thread_from_the_registry)
     Tam_event go;
     const unsigned int handles = test::open_handles();
     {
-        const Swap refusal(win32.terminate_thread, &refuse_terminate);
+        const auto refusal = failing<0>(win32.terminate_thread);
         Tam_thread thread(&wait_for_event, &go, m_status);
         EXPECT_EQ(reported([&](Tam_status& status) { thread.terminate(status); }), L"C2000039");
         EXPECT_EQ(thread.state(), TAM_THREAD_RUNNING);
@@ -345,7 +308,7 @@ TEST_F(Thread_calls, that_terminate_are_not_overtaken_by_the_threads_own_end)
 
 TEST_F(Thread_calls, of_fault_translation_fail_the_thread)
 {
-    const Swap slot(win32.fls_set_value, &refuse_slot);
+    const auto slot = failing<0>(win32.fls_set_value);
     const Tam_thread thread(&count_run, nullptr, m_status);
     EXPECT_EQ(chain(m_status), L"");
     thread.wait(m_status);
@@ -356,7 +319,7 @@ TEST_F(Thread_calls, of_fault_translation_fail_the_thread)
 
 namespace {
 
-std::optional<test::Failing_new> failing;
+std::optional<test::Failing_new> no_memory_left;
 
 // Whoever asks for its text has no memory left.
 class Error_without_memory : public std::runtime_error {
@@ -364,7 +327,7 @@ public:
     using std::runtime_error::runtime_error;
     const char* what() const noexcept override
     {
-        failing.emplace(1U, test::Failing_new::ALL);
+        no_memory_left.emplace(1U, test::Failing_new::ALL);
         return "too long a text to be kept without an allocation";
     }
 };
@@ -375,18 +338,12 @@ TEST_F(Thread_calls, that_record_a_failure_without_memory_say_so)
 {
     const Tam_thread thread([](void*) { throw Error_without_memory("text"); }, nullptr, m_status);
     thread.wait(m_status);
-    failing.reset();
+    no_memory_left.reset();
     EXPECT_EQ(thread.state(), TAM_THREAD_FAILED);
     EXPECT_EQ(reported([&](Tam_status& status) { thread.get_failed_status(status); }), L"C2000001");
 }
 
 namespace {
-
-HANDLE WINAPI no_timer(SECURITY_ATTRIBUTES*, BOOL, const wchar_t*)
-{
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
-}
 
 // It does what it says that it did not, so that the test ends.
 BOOL WINAPI set_and_refuse(HANDLE timer, const LARGE_INTEGER* due, LONG period, PTIMERAPCROUTINE routine,
@@ -416,7 +373,7 @@ TEST_F(Thread_calls, of_a_timer_are_reported_over_the_last_error)
     {
         Tam_timer timer;
         {
-            const Swap create(win32.create_waitable_timer, &no_timer);
+            const auto create = failing<ERROR_ACCESS_DENIED>(win32.create_waitable_timer);
             timer.init(&count_tick, 1, m_status, 2, &ticks);
             EXPECT_EQ(chain(m_status), L"C2000065 5");
             EXPECT_EQ(ticks, 0);

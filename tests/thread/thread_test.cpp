@@ -1,24 +1,7 @@
-#include <gtest/gtest.h>
+#include <tests/support/test.h>
 
-#include <array>
-#include <atomic>
-#include <climits>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
+#include <tests/support/run_child.h>
 #include <tests/thread/handles.h>
-#include <tests/thread/run_child.h>
 
 using namespace tam;
 using test::chain;
@@ -345,39 +328,6 @@ TEST_F(Thread, gets_the_five_priorities)
     });
 }
 
-TEST_F(Thread, gets_the_messages_posted_to_it_in_order)
-{
-    struct Message {
-        unsigned int a;
-        unsigned int b;
-        int c;
-    };
-    constexpr Message MESSAGES[] = {{1, 2, -3}, {0, 0, 0}, {UINT_MAX, 0x80000000, INT_MIN}, {7, UINT_MAX, INT_MAX}};
-    std::vector<Message> received;
-    Action action = [&] {
-        for (std::size_t i = 0; i < std::size(MESSAGES); ++i) {
-            Message message{};
-            Tam_status status(5);
-            tam_thread_get_message(message.a, message.b, message.c, status);
-            EXPECT_EQ(chain(status), L"");
-            received.push_back(message);
-        }
-    };
-    const Tam_thread thread(&run_action, &action, m_status);
-    for (const Message& message : MESSAGES) {
-        m_status = 5;
-        thread.post_message(message.a, message.b, message.c, m_status);
-        EXPECT_EQ(chain(m_status), L"");
-    }
-    ASSERT_TRUE(thread.wait(LONG_ENOUGH, m_status));
-    ASSERT_EQ(received.size(), std::size(MESSAGES));
-    for (std::size_t i = 0; i < received.size(); ++i) {
-        EXPECT_EQ(received[i].a, MESSAGES[i].a);
-        EXPECT_EQ(received[i].b, MESSAGES[i].b);
-        EXPECT_EQ(received[i].c, MESSAGES[i].c);
-    }
-}
-
 TEST_F(Thread, of_another_kind_has_no_messages)
 {
     unsigned int a = 1;
@@ -455,12 +405,7 @@ TEST_F(Thread, is_created_with_the_security_given)
         thread.wait(m_status);
         EXPECT_EQ(is_open_to_all, given != nullptr);
     }
-}
-
-TEST_F(Thread, associates_security_once)
-{
     Tam_thread thread(&return_at_once, nullptr, m_status);
-    Tam_security security;
     m_status = 5;
     thread.add_security(security, m_status);
     EXPECT_EQ(chain(m_status), L"");

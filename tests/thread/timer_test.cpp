@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-
-#include <windows.h>
-
-#include <tam/tam.h>
-#include <tests/support/chain.h>
-#include <tests/support/resources.h>
-#include <tests/support/thrown.h>
-#include <tests/support/time_limit.h>
+#include <tests/support/test.h>
 
 using namespace tam;
 using test::chain;
@@ -90,14 +80,6 @@ TEST_F(Timer, runs_in_its_constructor_with_a_null_argument)
     }
     EXPECT_EQ(chain(m_status), L"");
     EXPECT_EQ(test::open_handles(), handles);
-}
-
-TEST_F(Timer, does_not_clear_the_status)
-{
-    m_status = 5;
-    Ticks ticks{1};
-    m_timer.init(&tick, 1, m_status, 0, &ticks);
-    EXPECT_EQ(chain(m_status), L"5");
 }
 
 TEST_F(Timer, that_is_none_cannot_be_stopped)
