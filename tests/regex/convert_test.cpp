@@ -132,9 +132,9 @@ TEST(Wildcard_to_regexp, accepts_what_the_wildcard_does)
 {
     const std::vector<std::string> texts = all_texts("ab-]", 3);
     std::vector<std::string> wildcards = all_texts("a*?[]!-", 3);
-    for (const char* wildcard :
-         {"[a-]", "[]-a]", "[]-]", "[b-a]x", "[^-a]", "[!]a]*", "[!]]", "[[:a]", "[[:alpha:]]", "a[b-]*", "[a-b-]",
-          "[*-?]", "**a**b**", "[--a]", "[a--]", "?[!a]?", "[]", "[!]", "[["}) {
+    for (const char* wildcard : {"[a-]",     "[]-a]",       "[]-]",   "[b-a]x", "[^-a]", "[!]a]*",  "[!]]",
+                                 "[[:a]",    "[[:alpha:]]", "a[b-]*", "[a-b-]", "[a-^]", "[a-a-b]", "[*-?]",
+                                 "**a**b**", "[--a]",       "[a--]",  "?[!a]?", "[]",    "[!]",     "[["}) {
         wildcards.push_back(wildcard);
     }
     for (const std::string& wildcard : wildcards) {
@@ -192,6 +192,7 @@ TEST(Remove_case, makes_the_set_of_the_forms_of_a_unit)
         {"q", "Qq"},
         {"[a-f]", "ABCDEFabcdef"},
         {"[A-C-e]", "-ABCEabce"}, // a minus behind a range is plain
+        {"[a-a-e]", "-AEae"},
         {"[Y-b]", "ABYZ[\\]^_`abyz"},
         {"[]-a]", "A]^_`a"},
         {"[\\d-z]", "-0123456789Zz"},
@@ -212,6 +213,7 @@ TEST(Remove_case, makes_the_set_of_the_forms_of_a_unit)
     for (const auto& row : rows) {
         EXPECT_EQ(ascii_taken_by(Twins::without_case(row.pattern)), row.taken) << row.pattern;
     }
+    EXPECT_TRUE(Twins::without_case("[\x01-A]").match("a")); // the last letter of a large range
 }
 
 TEST(Remove_case, leaves_a_wrong_pattern_wrong_in_the_same_way)
