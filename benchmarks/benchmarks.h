@@ -14,6 +14,7 @@ struct Comparison {
     const char* peer_name;      ///< "std::getline"
     std::function<void()> peer; ///< one run of the other way
     const char* goal;           ///< the ratio aimed at, as text: ">= 1.0, stretch 1.5"
+    double peer_amount = 0;     ///< how much one run of the other way moves, when that is less than amount
 };
 
 /// Runs both ways in turn, several times after a warm-up, and prints a row: amount per second of both (medians) and the
@@ -38,5 +39,6 @@ void run_registry_benchmarks();
 void run_process_benchmarks();
 void run_thread_benchmarks();
 void run_security_benchmarks();
+void run_regex_benchmarks();
 
 } // namespace tam::benchmarks

@@ -39,7 +39,7 @@ void compare(const Comparison& comparison)
         peer.push_back(seconds_of(comparison.peer));
     }
     const double our_rate = comparison.amount / median(ours);
-    const double peer_rate = comparison.amount / median(peer);
+    const double peer_rate = (comparison.peer_amount != 0 ? comparison.peer_amount : comparison.amount) / median(peer);
     std::printf("%-34s %12.4g %12.4g %-10s %6.2f   %-28s %s\n", comparison.name, our_rate, peer_rate, comparison.unit,
                 our_rate / peer_rate, comparison.peer_name, comparison.goal);
     std::fflush(stdout);
@@ -67,7 +67,7 @@ int main(int argc, char** argv)
         {"process", run_process_benchmarks},         {"security", run_security_benchmarks},
         {"registry", run_registry_benchmarks},       {"stream", run_stream_benchmarks},
         {"page_buffer", run_page_buffer_benchmarks}, {"crc32", run_crc32_benchmarks},
-        {"profile", run_profile_benchmarks},
+        {"profile", run_profile_benchmarks},         {"regex", run_regex_benchmarks},
     };
     std::printf("%-34s %12s %12s %-10s %6s   %-28s %s\n", "what", "tam /s", "peer /s", "unit", "ratio", "peer", "goal");
     for (const auto& [name, run] : groups) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building and testing tam needs on Debian 12; with --checks also what scripts/check.sh needs. Says and does
-# nothing when all of it is there.
+# Installs what building and testing tam needs on Debian 12; with --checks what scripts/check.sh needs as well, with --docs
+# what scripts/docs.sh needs, and no more. Says and does nothing when all of it is there.
 set -euo pipefail
 
 packages=(
@@ -14,6 +14,8 @@ packages=(
 )
 if [ "${1-}" = --checks ]; then
     packages+=(clang-format-14 clang-tidy-14 pkg-config python3)
+elif [ "${1-}" = --docs ]; then
+    packages=(doxygen graphviz mawk)
 fi
 
 missing=()

@@ -8,6 +8,7 @@
 #include <tam/datetime.h>
 #include <tam/file.h>
 #include <tam/process.h>
+#include <tam/regex.h>
 #include <tam/security.h>
 #include <tam/status.h>
 #include <tam/stream.h>

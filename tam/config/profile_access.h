@@ -28,8 +28,8 @@ struct Current_section;
 ///
 /// **What is written.** For each section the line "[name]", a line for each entry, and an empty line; each ends with
 /// CR LF. U+FEFF at the beginning of a file is kept. A comment, that is an entry whose key begins with ";", is written
-/// as its key alone; any other as key, "=" and value, where "=" becomes \=, a line feed \0A, a carriage return \0D and a
-/// backslash \5C. So every key and value comes back as it was, but for these:
+/// as its key alone; any other as key, "=" and value, where "=" becomes `\=`, a line feed `\0A`, a carriage return `\0D` and
+/// a backslash `\5C`. So every key and value comes back as it was, but for these:
 /// - white space at the ends of a key or a value is lost, so that a key of a blank and ";" comes back as a comment here;
 /// - a comment's value is lost, and a line end inside a comment begins a new line;
 /// - U+FEFF in front of a "[" at the beginning of a key is lost;

@@ -59,7 +59,9 @@ Tam_profile_reader::~Tam_profile_reader()
 
 void Tam_profile_reader::open(const std::wstring& file, Tam_status& status)
 {
-    close(status);
+    if (m_open) {
+        close(status);
+    }
     detail::run(status, [&] {
         m_file = file;
         m_buffer.open(file, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);

@@ -28,8 +28,8 @@ struct Current_section;
 ///   header belong to no section.
 /// - A line that begins with ";" is a comment: its key is the whole line, its value empty.
 /// - Other lines are split at the first "=" that has no backslash right in front of it. Key and value lose the white
-///   space at their ends (tam_trim); then \= stands for "=", \0A for a line feed, \0D for a carriage return and \5C for
-///   a backslash. Any other backslash stays, with the two characters behind it as they are.
+///   space at their ends (tam_trim); then `\=` stands for "=", `\0A` for a line feed, `\0D` for a carriage return and
+///   `\5C` for a backslash. Any other backslash stays, with the two characters behind it as they are.
 /// - A line without such a "=" is a key, without the white space at its ends but with its backslashes; its value is
 ///   empty.
 ///

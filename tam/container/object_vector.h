@@ -28,6 +28,7 @@ class Tam_object_vector {
 public:
     class iterator;
 
+    /// Names that containers of the standard library have.
     using value_type = T;
     using reference = T&;
     using const_reference = const T&;
@@ -41,6 +42,8 @@ public:
     /// An empty vector with room for at least that many objects.
     explicit Tam_object_vector(unsigned int capacity) : m_slots(capacity) {}
 
+    /// Copies the objects; empty slots stay empty.
+    /// @throws std::bad_alloc  no memory. What copying an object throws passes through.
     Tam_object_vector(const Tam_object_vector& other) : Tam_object_vector(other.size())
     {
         m_slots.resize(other.size());
@@ -51,8 +54,10 @@ public:
         }
     }
 
+    /// Takes the objects over; other is empty then.
     Tam_object_vector(Tam_object_vector&& other) noexcept = default;
 
+    /// As the copy constructor. When that throws, this vector is as it was.
     Tam_object_vector& operator=(const Tam_object_vector& other)
     {
         if (this != &other) {
@@ -62,6 +67,7 @@ public:
         return *this;
     }
 
+    /// Deletes its own objects and takes those of other, which is empty then.
     Tam_object_vector& operator=(Tam_object_vector&& other) noexcept
     {
         Tam_object_vector moved(std::move(other));
@@ -71,6 +77,7 @@ public:
 
     ~Tam_object_vector() { clear(); }
 
+    /// Exchanges contents; no object moves.
     void swap(Tam_object_vector& other) noexcept { m_slots.swap(other.m_slots); }
     friend void swap(Tam_object_vector& a, Tam_object_vector& b) noexcept { a.swap(b); }
 
@@ -86,9 +93,13 @@ public:
         m_slots.resize(n);
     }
 
+    /// Number of slots.
     unsigned int size() const noexcept { return m_slots.size(); }
+    /// Number of slots that there is memory for.
     unsigned int capacity() const noexcept { return m_slots.capacity(); }
+    /// Tam_ptrvec_impl::MAXIMUM_SIZE.
     unsigned int max_size() const noexcept { return m_slots.max_size(); }
+    /// Whether size() is 0.
     bool empty() const noexcept { return m_slots.empty(); }
 
     /// Random-access iterators over the objects. Removing, inserting and growing invalidate them.
@@ -178,23 +189,28 @@ private:
 template <class T>
 class Tam_object_vector<T>::iterator {
 public:
+    /// Names that iterators of the standard library have.
     using iterator_category = std::random_access_iterator_tag;
     using value_type = T;
     using difference_type = std::ptrdiff_t;
     using pointer = T*;
     using reference = T&;
 
+    /// Points nowhere.
     iterator() noexcept = default;
 
+    /// Access to an object; the slot must not be empty.
     reference operator*() const noexcept { return _object(*m_slot); }
     pointer operator->() const noexcept { return static_cast<T*>(*m_slot); }
     reference operator[](difference_type n) const noexcept { return _object(m_slot[n]); }
 
+    /// Steps and distances count slots.
     iterator& operator++() noexcept { return *this += 1; }
     iterator& operator--() noexcept { return *this -= 1; }
     iterator operator++(int) noexcept { return iterator(m_slot++); }
     iterator operator--(int) noexcept { return iterator(m_slot--); }
 
+    /// Steps and distances count slots.
     iterator& operator+=(difference_type n) noexcept
     {
         m_slot += n;
@@ -202,11 +218,13 @@ public:
     }
     iterator& operator-=(difference_type n) noexcept { return *this += -n; }
 
+    /// Steps and distances count slots.
     friend iterator operator+(iterator i, difference_type n) noexcept { return i += n; }
     friend iterator operator+(difference_type n, iterator i) noexcept { return i += n; }
     friend iterator operator-(iterator i, difference_type n) noexcept { return i -= n; }
     friend difference_type operator-(iterator a, iterator b) noexcept { return a.m_slot - b.m_slot; }
 
+    /// Comparisons of positions in one vector.
     friend bool operator==(iterator a, iterator b) noexcept { return a.m_slot == b.m_slot; }
     friend auto operator<=>(iterator a, iterator b) noexcept { return a.m_slot <=> b.m_slot; }
 

@@ -35,9 +35,11 @@ public:
 
     Tam_ptrvec_impl(const Tam_ptrvec_impl&) = delete;
     Tam_ptrvec_impl& operator=(const Tam_ptrvec_impl&) = delete;
+    /// Takes over the slots; see the class for what other is then.
     Tam_ptrvec_impl(Tam_ptrvec_impl&& other) noexcept;
     Tam_ptrvec_impl& operator=(Tam_ptrvec_impl&& other) noexcept;
 
+    /// Exchanges the slots.
     void swap(Tam_ptrvec_impl& other) noexcept;
 
     /// Makes room for at least n slots: capacity() becomes at least n rounded up to a power of two (1 for 0).
@@ -48,8 +50,11 @@ public:
     /// @throws std::bad_alloc  no memory, or n > MAXIMUM_SIZE
     void resize(unsigned int n);
 
+    /// Number of slots in use.
     unsigned int size() const noexcept { return m_size; }
+    /// Number of slots that there is memory for.
     unsigned int capacity() const noexcept { return m_capacity; }
+    /// Whether size() is 0.
     bool empty() const noexcept { return m_size == 0; }
 
     /// MAXIMUM_SIZE, whatever the state.
@@ -108,6 +113,7 @@ private:
     unsigned int m_size = 0;
 };
 
+/// Exchanges the slots of both.
 inline void swap(Tam_ptrvec_impl& a, Tam_ptrvec_impl& b) noexcept
 {
     a.swap(b);

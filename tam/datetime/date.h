@@ -38,10 +38,13 @@ enum Tam_ordinal : int {
 /// lock: several threads may read one, and each may change its own.
 class TAM_API Tam_date {
 public:
+    /// The first and the last valid year and day.
     static constexpr int MIN_YEAR = -4713;
     static constexpr int MAX_YEAR = 32766;
     static constexpr int MIN_JULIAN_DAY = 38;
     static constexpr int MAX_JULIAN_DAY = 13688960;
+
+    /// Of the calendar.
     static constexpr int MONTHS_PER_YEAR = 12;
     static constexpr int DAYS_PER_WEEK = 7;
 
@@ -104,7 +107,7 @@ public:
         return year >= 51 && year <= 99 ? year + 1900 : year;
     }
 
-    /// True for the characters that to_string() takes after a %.
+    /// True for the characters that to_string() takes after a `%`.
     static bool is_format_token(wchar_t token) noexcept;
 
     /// The system's local date.
@@ -119,6 +122,7 @@ public:
     /// 1 January 1970.
     constexpr Tam_date() noexcept = default;
 
+    /// The day of that number.
     /// @throws std::invalid_argument  "Invalid Julian day."
     Tam_date(int julian_day) : Tam_date(_checked(julian_day)) {}
 
@@ -133,6 +137,7 @@ public:
     /// @throws std::invalid_argument  "Invalid day, month, year."
     Tam_date(const tm& value) { date(value); }
 
+    /// That day, counted from 1 January 1970.
     /// @throws std::invalid_argument  "Invalid Julian day."
     explicit Tam_date(std::chrono::sys_days day);
 
@@ -151,6 +156,7 @@ public:
     ///                                month.": the month has no such day
     void date(const Tam_ordinal& ordinal, int weekday, int month, int year);
 
+    /// The day's number; outside the valid ones for a date beyond the range.
     int julian_day() const noexcept { return m_julian_day; }
 
     /// The day of the month, 1 to 31.
@@ -168,6 +174,7 @@ public:
     /// 1 (Sunday) to 7 (Saturday).
     int weekday() const noexcept;
 
+    /// Whether year() has 366 days.
     bool is_leap_year() const { return is_leap_year(year()); }
 
     /// True up to 1 January of AD 1 (Julian day 1721426), on purpose: that day is taken for BC.
@@ -179,6 +186,7 @@ public:
     /// tm_year counts from 1900, as usual; the time of day and tm_isdst are 0.
     operator tm() const;
 
+    /// The same day, counted from 1 January 1970.
     explicit operator std::chrono::sys_days() const noexcept
     {
         return std::chrono::sys_days(std::chrono::days(m_julian_day - EPOCH));
@@ -211,6 +219,7 @@ public:
     Tam_date operator++(int);
     Tam_date operator--(int);
 
+    /// Comparisons of the days.
     bool operator==(const Tam_date& other) const noexcept { return m_julian_day == other.m_julian_day; }
     bool operator!=(const Tam_date& other) const noexcept { return m_julian_day != other.m_julian_day; }
     bool operator<(const Tam_date& other) const noexcept { return m_julian_day < other.m_julian_day; }
@@ -239,8 +248,8 @@ public:
     ///     %w  weekday, 1 (Sunday) to 7     %Y  year, at least four digits: 44 BC is -0044
     ///     %x  the short date
     ///
-    /// Names are those of the C run-time's current locale (wcsftime). The short date has %d, %m and %Y in the order and
-    /// with the separator of the calling thread's locale (LOCALE_IDATE, LOCALE_SDATE), or is %d/%m/%Y where one of them
+    /// Names are those of the C run-time's current locale (wcsftime). The short date has "%d", "%m" and "%Y" in the order and
+    /// with the separator of the calling thread's locale (LOCALE_IDATE, LOCALE_SDATE), or is "%d/%m/%Y" where one of them
     /// cannot be read or the order is not one of the three known.
     /// @throws std::invalid_argument  "Tam_date::to_string - invalid format token.": another character after %; result
     ///                                holds the text up to there

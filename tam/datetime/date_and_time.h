@@ -22,6 +22,7 @@ namespace tam {
 /// of Tam_date and Tam_time pass through. A value has no lock: several threads may read one, and each may change its own.
 class TAM_API Tam_date_and_time {
 public:
+    /// Numbers of zones.
     using Zones = Tam_time_zone::Zones;
 
     /// 1 January 1970, midnight, GMT.
@@ -33,8 +34,8 @@ public:
     /// assign(value, zone).
     Tam_date_and_time(const tm& value, Zones zone) { assign(value, zone); }
 
-    /// @param period  from the start of Julian day 0, in the zone's local time
-    /// @param zone    not tested
+    /// The moment that lies that period behind the start of Julian day 0, in the zone's local time.
+    /// @param zone  not tested
     /// @throws std::invalid_argument  "Tam_date_and_time::Tam_date_and_time() - time period is not a valid julian day."
     Tam_date_and_time(const Tam_time_period& period, Zones zone);
 
@@ -71,6 +72,7 @@ public:
     /// assign(date(), time, zone()).
     void time(const Tam_time& time) { assign(date(), time, m_zone); }
 
+    /// The number of its zone.
     Zones zone() const noexcept { return m_zone; }
 
     /// Becomes the local time of another zone at the same moment.
@@ -86,9 +88,11 @@ public:
     /// @throws std::invalid_argument  "Tam_time_zone::get_zone - invalid zone"
     Tam_date_and_time utc() const;
 
+    /// Whether the zone is one of standard time.
     /// @throws std::invalid_argument  "Tam_time_zone::get_zone - invalid zone"
     bool is_std() const { return Tam_time_zone::get_zone(m_zone).is_std(); }
 
+    /// Whether the zone is one of daylight-saving time.
     /// @throws std::invalid_argument  "Tam_time_zone::get_zone - invalid zone"
     bool is_dst() const { return Tam_time_zone::get_zone(m_zone).is_dst(); }
 
@@ -134,7 +138,7 @@ public:
     static Tam_date_and_time min_date_and_time();
     static Tam_date_and_time max_date_and_time();
 
-    /// True for the characters that to_string() takes after a %.
+    /// True for the characters that to_string() takes after a `%`.
     static bool is_format_token(wchar_t token) noexcept;
 
     /// Replaces result by the format, in which these tokens stand for parts of the local date and time:

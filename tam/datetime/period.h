@@ -25,6 +25,7 @@ namespace tam {
 /// may read one, and each may change its own.
 class TAM_API Tam_time_period {
 public:
+    /// How many make one of the larger unit.
     static constexpr int SECONDS_PER_MINUTE = 60;
     static constexpr int SECONDS_PER_HOUR = 3600;
     static constexpr int SECONDS_PER_DAY = 86400;
@@ -48,6 +49,7 @@ public:
     /// set(value).
     Tam_time_period(const timeval& value) { set(value); }
 
+    /// The same span.
     explicit Tam_time_period(std::chrono::microseconds value) noexcept { _set_total(value.count()); }
 
     /// set(seconds, 0); never throws.
@@ -105,6 +107,7 @@ public:
     /// The whole period in microseconds; wraps beyond some 292000 years.
     explicit operator std::chrono::microseconds() const noexcept { return std::chrono::microseconds(_total()); }
 
+    /// Adds and subtracts both parts; wraps in their widths.
     Tam_time_period& operator+=(const Tam_time_period& other) noexcept;
     Tam_time_period& operator-=(const Tam_time_period& other) noexcept;
 
@@ -116,9 +119,10 @@ public:
     /// integer division by zero, which a thread can have translated (tam_install_exception_translator).
     Tam_time_period& operator/=(int divisor);
 
-    /// The remainder of /=, in microseconds and with the sign of the period: 10 s % 3 is 1 us.
+    /// The remainder of /=, in microseconds and with the sign of the period: 10 s `%` 3 is 1 us.
     Tam_time_period& operator%=(int divisor);
 
+    /// As the assigning operator of the same name.
     Tam_time_period operator+(const Tam_time_period& other) const noexcept { return Tam_time_period(*this) += other; }
     Tam_time_period operator-(const Tam_time_period& other) const noexcept { return Tam_time_period(*this) -= other; }
     Tam_time_period operator*(int factor) const noexcept { return Tam_time_period(*this) *= factor; }
@@ -131,6 +135,7 @@ public:
     ///                                microseconds() is not 0
     Tam_time_period operator-() const;
 
+    /// Comparisons, by seconds and then by microseconds.
     bool operator==(const Tam_time_period& other) const noexcept
     {
         return m_seconds == other.m_seconds && m_microseconds == other.m_microseconds;
@@ -155,7 +160,7 @@ public:
     ///     %u  microseconds()
     ///     %P  %D and a blank unless days() is 0, then %H:%M:%S.%C
     ///
-    /// %H and %M, also within %P, are totals of the whole period, kept so: 1 day 02:03:04.5 is "1 26:1563:04.50". Each
+    /// "%H" and "%M", also within "%P", are totals of the whole period, kept so: 1 day 02:03:04.5 is "1 26:1563:04.50". Each
     /// number is printed from its low 32 bits, and in a negative period each has its own minus sign, which counts as one
     /// of the two digits.
     /// @throws std::invalid_argument  "Tam_time_period::to_string - invalid format token.": another character after %;

@@ -75,6 +75,7 @@ public:
 
     /// True from 12:00:00.000000 on.
     bool is_pm() const noexcept { return hours() >= 12; }
+    /// True before that.
     bool is_am() const noexcept { return !is_pm(); }
 
     /// That period later or earlier, wrapped into one day.
@@ -86,6 +87,7 @@ public:
     /// How long it takes from other forward to this time of day, over midnight when need be: 0 to just under 24 hours.
     Tam_time_period operator-(const Tam_time& other) const noexcept;
 
+    /// Comparisons, midnight first.
     bool operator==(const Tam_time& other) const noexcept { return m_period == other.m_period; }
     bool operator!=(const Tam_time& other) const noexcept { return m_period != other.m_period; }
     bool operator<(const Tam_time& other) const noexcept { return m_period < other.m_period; }
@@ -99,7 +101,7 @@ public:
     /// The period since midnight.
     operator Tam_time_period() const noexcept { return m_period; }
 
-    /// True for the characters that to_string() takes after a %.
+    /// True for the characters that to_string() takes after a `%`.
     static bool is_format_token(wchar_t token) noexcept;
 
     /// Replaces result by the format, in which these tokens stand for what the C run-time's wcsftime makes of them in

@@ -107,8 +107,10 @@ protected:
     /// NO_ZONE, with an empty name and offset 0.
     constexpr Tam_time_zone() noexcept = default;
 
+    /// assign(zone, name, offset).
     Tam_time_zone(Zones zone, const wchar_t* name, const Tam_time_period& offset) { assign(zone, name, offset); }
 
+    /// Becomes a zone with these properties.
     /// @param name  not null; what exceeds ten characters is cut off
     void assign(Zones zone, const wchar_t* name, const Tam_time_period& offset);
 

@@ -10,8 +10,8 @@ namespace tam {
 
 /// An entry of a directory.
 struct Tam_file_info {
-    std::wstring name; ///< without the directory
-    bool is_directory = false;
+    std::wstring name;         ///< without the directory
+    bool is_directory = false; ///< else a file or a device
 };
 
 /// Goes once through the entries of a directory, files and directories, whose names match a pattern.

@@ -52,6 +52,7 @@ public:
     /// Closes the file. Nothing happens when none is open.
     void close();
 
+    /// Whether a file is open.
     bool is_open() const;
 
     /// Moves the position by offset bytes from where mode says; a mode beyond TAM_SEEK_END counts as TAM_SEEK_CURRENT.

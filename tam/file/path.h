@@ -42,6 +42,8 @@ public:
     /// @throws std::invalid_argument  "Invalid drive letter." (the forms with a drive);
     ///                                "Server or share name is empty." (the forms with a server)
     /// @{
+
+    /// A path of the parts that are given, in their order; without any, the empty path.
     Tam_path();
     Tam_path(const std::wstring& path);
     Tam_path(const std::wstring& directory, const std::wstring& filename);
@@ -72,15 +74,20 @@ public:
     /// Where an overload set takes both a string and a pointer, as std::wstring's assignment does, text() says which.
     /// Reference and pointer hold until the path changes.
     /// @{
+
+    /// The text as it stands.
     const std::wstring& text() const noexcept { return m_text; }
     operator const std::wstring&() const noexcept { return m_text; }
     operator const wchar_t*() const noexcept { return m_text.c_str(); }
+    /// Whether the text is empty.
     bool empty() const noexcept { return m_text.empty(); }
     /// @}
 
     /// @name Comparison
     /// Code unit by code unit: case counts, and so do separators.
     /// @{
+
+    /// Compares the texts.
     friend bool operator==(const Tam_path& a, const Tam_path& b) noexcept { return a.m_text == b.m_text; }
     friend bool operator==(const Tam_path& a, const std::wstring& b) noexcept { return a.m_text == b; }
     friend bool operator==(const Tam_path& a, const wchar_t* b) { return a.m_text == b; }
@@ -97,9 +104,11 @@ public:
 
     /// @name Separators
     /// @{
+
     /// The backslash.
     static wchar_t default_path_separator() noexcept;
 
+    /// S, D and E.
     wchar_t path_separator() const noexcept { return m_path_separator; }
     wchar_t drive_separator() const noexcept { return m_drive_separator; }
     wchar_t extension_separator() const noexcept { return m_extension_separator; }
@@ -114,16 +123,22 @@ public:
 
     /// @name What kind of path
     /// @{
+
     /// A drive, a UNC or a leading S makes a path absolute, so `C:file` is absolute as well.
     bool is_absolute() const noexcept;
+    /// The opposite of is_absolute().
     bool is_relative() const noexcept { return !is_absolute(); }
+    /// Whether there is a file name.
     bool is_file_path() const noexcept;
+    /// The opposite of is_file_path().
     bool is_directory_path() const noexcept { return !is_file_path(); }
     /// Whether there is a level besides the file name. The root alone is not one.
     bool has_directory() const noexcept;
     /// Whether there is an E in the place of one; what follows it may be empty.
     bool has_extension() const noexcept;
+    /// Whether the second character is D.
     bool has_drive() const noexcept;
+    /// Whether the text begins with two S.
     bool has_unc() const noexcept;
     /// Whether s is "." or "..".
     static bool is_dot_directory(const std::wstring& s) noexcept;
@@ -131,6 +146,7 @@ public:
 
     /// @name Levels
     /// @{
+
     /// Number of levels, the file name included; 0 where the text has not even the segments of its drive or UNC.
     std::size_t levels() const noexcept;
 
@@ -149,6 +165,7 @@ public:
 
     /// @name Drive, server and share
     /// @{
+
     /// The drive letter, or a blank (0x20) without a drive.
     wchar_t drive() const noexcept;
 
@@ -197,6 +214,7 @@ public:
 
     /// @name Directory
     /// @{
+
     /// The levels before the file name with the separators on both sides: `\a\b\` of `C:\a\b\f.txt`, `a\` of `a\f`.
     /// Without a level of that kind it is empty (`C:\f`), but one S when the text begins with S (`\f`).
     std::wstring directory() const;
@@ -224,21 +242,28 @@ public:
     /// @name File name
     /// The base is the file name without its extension.
     /// @{
+
+    /// What follows the last S.
     std::wstring filename() const;
+    /// The file name without its extension.
     std::wstring base() const;
     /// Without the E; empty also when there is none.
     std::wstring extension() const;
 
+    /// Replaces the file name, or appends one.
     Tam_path& filename(const std::wstring& s);
+    /// Replaces the base; the extension stays.
     Tam_path& base(const std::wstring& s);
     /// Replaces the extension, or appends E and e; an empty e removes E too. Behind a directory path E becomes the
     /// first character of a file name, and so e no extension.
     Tam_path& extension(const std::wstring& e);
+    /// Removes the extension and E.
     Tam_path& remove_extension();
     /// @}
 
     /// @name Normal form
     /// @{
+
     /// Removes empty segments, "." segments, and each ".." with the segment before it, from the left; the file name is
     /// never touched. Takes time linear in the text, throws nothing, and does nothing the second time.
     ///
@@ -263,6 +288,7 @@ public:
     /// @}
 
 protected:
+    /// Throws unless c can be a drive letter.
     /// @throws std::invalid_argument  "Invalid drive letter.": c is no alphabetic character in the C library's eyes
     static void validate_drive_letter(wchar_t c);
 
@@ -294,6 +320,7 @@ protected:
         return raw ? _segment(i) : (*this)[i];
     }
 
+    /// Sets the three separators to their defaults.
     void init_separators() noexcept;
 
 private:

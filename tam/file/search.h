@@ -11,7 +11,7 @@ namespace tam {
 /// the pieces. Empty ones are left out.
 ///
 /// Semicolons between double quotes do not split. A piece that begins with a double quote is decoded by tam_unquote():
-/// it has to be written as tam_quote() writes it, with each backslash doubled ("C:\\tools;old"). list may be an element of
+/// it has to be written as tam_quote() writes it, with each backslash doubled (`"C:\\tools;old"`). list may be an element of
 /// directories.
 TAM_API void tam_parse_path(const std::wstring& list, Tam_object_vector<std::wstring>& directories);
 

@@ -20,6 +20,7 @@ class Tam_status;
 /// ends. The object can be neither copied nor moved.
 class TAM_API Tam_anonymous_pipe {
 public:
+    /// Makes the pipe.
     /// @param status    cleared first; TAM_E_PIPE_CREATE (0xC200003F) when the pipe could not be made. It stands alone,
     ///                  without the system's reason. The object then has no ends.
     /// @param size      bytes that the pipe is to hold before writing waits, a hint to the system; 0 lets it choose

@@ -20,6 +20,7 @@ struct Tam_pipe_server_options {
     /// The value of maximum_instances for as many as the system can hold.
     static constexpr unsigned int UNLIMITED_INSTANCES = 255;
 
+    /// Who writes and who reads: one of the three above.
     unsigned int access_mode = OUTBOUND;
 
     /// Writing to a client on another machine waits until the data has arrived there.
@@ -48,9 +49,9 @@ struct Tam_pipe_server_options {
 /// What a Tam_named_pipe_client is made with: `{Tam_pipe_client_options::BOTH}`.
 struct Tam_pipe_client_options {
     // Values of access_mode.
-    static constexpr unsigned int READ = 0;
-    static constexpr unsigned int WRITE = 1;
-    static constexpr unsigned int BOTH = 2;
+    static constexpr unsigned int READ = 0;  ///< the client reads
+    static constexpr unsigned int WRITE = 1; ///< the client writes
+    static constexpr unsigned int BOTH = 2;  ///< both
 
     /// No more than the server's access mode gives the client, or it is refused.
     unsigned int access_mode = READ;
@@ -94,8 +95,8 @@ protected:
     template <class Start>
     unsigned int _run(Start start) const;
 
-    void* m_handle = nullptr;  // owned; null when the pipe could not be made or opened
-    bool m_overlapped = false; // of the handle
+    void* m_handle = nullptr;  ///< owned; null when the pipe could not be made or opened
+    bool m_overlapped = false; ///< of the handle
 };
 
 /// The server's end of a named pipe, for one client after the other's end of it is opened.
@@ -104,8 +105,8 @@ protected:
 /// same name, and the options' maximum of instances must allow for both while both live.
 class TAM_API Tam_named_pipe_server : public Tam_named_pipe {
 public:
-    /// Makes an instance of the pipe "\\.\pipe\" followed by name. Clients can open it at once, before wait_for_client.
-    /// @param name      any characters but a backslash, without regard to case
+    /// Makes an instance of the pipe. Clients can open it at once, before wait_for_client.
+    /// @param name      any characters but a backslash, without regard to case; the system's name is `\\.\pipe\name`
     /// @param options   see there; an access mode that is none of those fails with the system's invalid parameter (87)
     /// @param status    not cleared; on failure the system's reason, on top of it TAM_E_NAMED_PIPE_CREATE (0xC200004C),
     ///                  and the object has no pipe
@@ -135,7 +136,7 @@ public:
 /// The client's end of a named pipe.
 class TAM_API Tam_named_pipe_client : public Tam_named_pipe {
 public:
-    /// Opens the pipe "\\" server "\pipe\" name, which must exist and have an instance without a client. It does not
+    /// Opens the pipe `\\server\pipe\name`, which must exist and have an instance without a client. It does not
     /// wait for one: the system's reason is "file not found" (2) when there is no pipe of the name and "pipe busy"
     /// (231) when all its instances have clients.
     /// @param server   name of the machine; a single dot is this one

@@ -16,6 +16,7 @@ struct Tam_process_details {
     static constexpr unsigned int COMPLETE_ALSO = 1; ///< the same as COMPLETE
     static constexpr unsigned int BACKGROUND = 2;    ///< the call returns when the program has started
 
+    /// One of the three above.
     unsigned int mode = COMPLETE;
 
     /// Whether to wait for the end of a program that was started in the background.

@@ -41,7 +41,7 @@ enum Tam_access_modes : unsigned int {
 /// grants everybody everything. An object holds no list after a constructor with a status has reported a failure: do not
 /// give it to a Tam_security then. A failed change leaves the list as it was.
 ///
-/// Trustees are given as Tam_standard_trustees or by the name of an account, "DOMAIN\name" or "name". Rights are the
+/// Trustees are given as Tam_standard_trustees or by the name of an account, `DOMAIN\name` or `name`. Rights are the
 /// system's 32-bit access masks; bits are taken as they are, generic rights are not mapped to others.
 ///
 /// Denials come before grants in the list, so that they win whoever reads it in order. Entries in a list that was made
@@ -161,8 +161,8 @@ public:
     void get_entry(unsigned int index, std::wstring& name, Tam_access_modes& mode, unsigned int& rights,
                    Tam_status& status) const;
 
-    /// The trustee's name: "DOMAIN\name", or "name" where the domain is empty. For an identifier that belongs to no
-    /// account it is "BUILTIN\Account Unknown", which is no failure.
+    /// The trustee's name: `DOMAIN\name`, or `name` where the domain is empty. For an identifier that belongs to no
+    /// account it is `BUILTIN\Account Unknown`, which is no failure.
     /// @param name    as it was when status reports a failure
     /// @param status  what making the trustee's identifier reports, see the class; or the system's reason alone when
     ///                the name could not be looked up
@@ -172,7 +172,7 @@ public:
     /// The names of the groups of a user, asked of this machine (local groups, indirect membership included, then global
     /// ones) and then the same of the domain controller of the user's domain, where one is found. Everyone is not among
     /// them. A name can come twice. Nothing is remembered.
-    /// @param name    "DOMAIN\user" or "user"; an account that is not found has no groups, which is no failure
+    /// @param name    `DOMAIN\user` or `user`; an account that is not found has no groups, which is no failure
     /// @param groups  cleared first; after a failure it has what was read so far
     /// @param status  TAM_E_LOCAL_GROUPS, TAM_E_GLOBAL_GROUPS, TAM_E_LOCAL_GROUPS_TRUNCATED and
     ///                TAM_E_GLOBAL_GROUPS_TRUNCATED, as for get_rights()

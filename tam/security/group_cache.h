@@ -36,7 +36,7 @@ public:
     ~Tam_acl_group_cache();
 
     /// True when the trustee is known: groups is then replaced by copies of its groups' identifiers. They are the
-    /// caller's, who releases each with ::operator delete; what groups held before is not released. Else groups is left
+    /// caller's, who releases each with `operator delete`; what groups held before is not released. Else groups is left
     /// alone. Of several entries for one trustee the oldest counts.
     /// @param sid  the trustee's identifier
     /// @throws Tam_sys_call_fail  as the members of Tam_mutex

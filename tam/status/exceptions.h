@@ -13,6 +13,8 @@ namespace tam {
 /// or an unlock. what() is the call's name with a leading "::", for example "::CreateEvent".
 class TAM_API Tam_sys_call_fail : public std::runtime_error {
 public:
+    /// The failure of that call.
+    /// @param call_name  what what() returns
     explicit Tam_sys_call_fail(const std::string& call_name);
     Tam_sys_call_fail(const Tam_sys_call_fail&) noexcept = default;
     Tam_sys_call_fail& operator=(const Tam_sys_call_fail&) noexcept = default;

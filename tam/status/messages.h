@@ -30,9 +30,9 @@ public:
     const std::wstring& name() const noexcept { return m_name; }
 
     /// Sets out to the text of the status's value() in the module or, failing that, in the system, with the status's
-    /// arguments in the place of %1 to %8, exactly as FormatMessageW gives it: a text usually ends with CR LF.
+    /// arguments in the place of `%1` to `%8`, exactly as FormatMessageW gives it: a text usually ends with CR LF.
     ///
-    /// An insert without an argument shows nothing; so do %9 to %99. The chain of the status is not looked at. What an
+    /// An insert without an argument shows nothing; so do `%9` to `%99`. The chain of the status is not looked at. What an
     /// argument's to_string throws passes through.
     /// @return  false, and out is empty, when nobody knows the code or the system cannot render its text
     bool format_message(const Tam_status& status, std::wstring& out) const;
@@ -55,12 +55,14 @@ private:
 /// Not copyable. Any number of threads may render at once while none adds or removes.
 class TAM_API Tam_messages_list {
 public:
+    /// Yields Tam_messages*.
     using const_iterator = std::list<Tam_messages*>::const_iterator;
 
     /// The program's catalogue. It starts empty, the library never adds to it, and its modules are unloaded with the
     /// library.
     static Tam_messages_list m_global_messages;
 
+    /// An empty list.
     Tam_messages_list();
 
     /// Unloads every module.
@@ -85,7 +87,7 @@ public:
     /// Sets out to the text for the status: that of the first module that knows the code (each, as
     /// Tam_messages::format_message says, asks the system too), else the system's.
     ///
-    /// When nobody knows the code the text is a line such as "Error 0xc2000017, a, 5\n": the severity, value() in
+    /// When nobody knows the code the text is a line such as `Error 0xc2000017, a, 5\n`: the severity, value() in
     /// hexadecimal and the arguments, ended by a line feed alone. The severity is "Success", "Information", "Warning",
     /// or "Error" for all others, unusual ones included. The value 0 is written "0".
     ///

@@ -31,13 +31,16 @@ namespace tam {
 /// A status has no lock: it belongs to one thread at a time. A clear status allocates nothing.
 class TAM_API Tam_status {
 public:
+    /// The most arguments of a status.
     static constexpr unsigned int MAXIMUM_ARGUMENTS = 8;
 
+    /// The bits of a code's three parts.
     static constexpr unsigned int SEVERITY_MASK = 0xF0000000;
     static constexpr unsigned int FACILITY_MASK = 0x0FFF0000;
     static constexpr unsigned int NUMBER_MASK = 0x0000FFFF;
 
     // Not SEVERITY_SUCCESS and so on: winerror.h has macros of these names.
+    /// The severities, where they stand in a code.
     static constexpr unsigned int SUCCESS_SEVERITY = 0x00000000;
     static constexpr unsigned int INFORMATION_SEVERITY = 0x40000000;
     static constexpr unsigned int WARNING_SEVERITY = 0x80000000;
@@ -75,6 +78,8 @@ public:
     /// Copies code, arguments and the whole chain. When memory runs out or an argument cannot be cloned, this status
     /// keeps what it held.
     Tam_status& operator=(const Tam_status& other);
+
+    /// Takes everything; other is left clear.
     Tam_status& operator=(Tam_status&& other) noexcept;
 
     /// Becomes a status with this code, no arguments and no chain.
@@ -132,6 +137,8 @@ public:
 
     /// True unless the severity is error: warnings, information and unusual severities count as ok.
     [[nodiscard]] bool ok() const noexcept { return _severity() != ERROR_SEVERITY; }
+
+    /// Whether the severity is the one named; all are false for an unusual one.
     [[nodiscard]] bool is_success() const noexcept { return _severity() == SUCCESS_SEVERITY; }
     [[nodiscard]] bool is_information() const noexcept { return _severity() == INFORMATION_SEVERITY; }
     [[nodiscard]] bool is_warning() const noexcept { return _severity() == WARNING_SEVERITY; }
@@ -140,6 +147,7 @@ public:
     /// True when the code is 0 and there are no arguments and no chain.
     [[nodiscard]] bool is_clear() const noexcept { return m_code == 0 && m_count == 0 && m_child == nullptr; }
 
+    /// Whether there is an older status beneath.
     [[nodiscard]] bool has_child() const noexcept { return m_child != nullptr; }
 
     /// The next older status, owned by this one, or null.

@@ -39,6 +39,7 @@ protected:
 /// An argument without a value; renders as the empty string.
 class TAM_API Tam_null_status_arg : public Tam_status_arg {
 public:
+    /// What identity() returns.
     static const GUID ID;
 
     /// Stands for an argument that was left out. A status recognises it by its address and never stores it; any other
@@ -59,15 +60,19 @@ public:
 /// A signed number; renders in decimal.
 class TAM_API Tam_int_status_arg : public Tam_status_arg {
 public:
+    /// What identity() returns.
     static const GUID ID;
 
+    /// Keeps a copy of value.
     /// @param format  group the digits as the C run-time's current locale does
     Tam_int_status_arg(int value, bool format) : m_value(value), m_format(format) {}
     Tam_int_status_arg(const Tam_int_status_arg&) = default;
     Tam_int_status_arg& operator=(const Tam_int_status_arg&) = default;
     ~Tam_int_status_arg() override;
 
+    /// The value that it was made from.
     int value() const { return m_value; }
+    /// Whether the digits are grouped.
     bool format() const { return m_format; }
 
     void destroy() override;
@@ -83,15 +88,19 @@ private:
 /// An unsigned number; renders in decimal.
 class TAM_API Tam_uint_status_arg : public Tam_status_arg {
 public:
+    /// What identity() returns.
     static const GUID ID;
 
+    /// Keeps a copy of value.
     /// @param format  group the digits as the C run-time's current locale does
     Tam_uint_status_arg(unsigned int value, bool format) : m_value(value), m_format(format) {}
     Tam_uint_status_arg(const Tam_uint_status_arg&) = default;
     Tam_uint_status_arg& operator=(const Tam_uint_status_arg&) = default;
     ~Tam_uint_status_arg() override;
 
+    /// The value that it was made from.
     unsigned int value() const { return m_value; }
+    /// Whether the digits are grouped.
     bool format() const { return m_format; }
 
     void destroy() override;
@@ -107,13 +116,16 @@ private:
 /// A flag; renders as "True" or "False" from the library's string table.
 class TAM_API Tam_bool_status_arg : public Tam_status_arg {
 public:
+    /// What identity() returns.
     static const GUID ID;
 
+    /// Keeps a copy of value.
     Tam_bool_status_arg(bool value) : m_value(value) {}
     Tam_bool_status_arg(const Tam_bool_status_arg&) = default;
     Tam_bool_status_arg& operator=(const Tam_bool_status_arg&) = default;
     ~Tam_bool_status_arg() override;
 
+    /// The value that it was made from.
     bool value() const { return m_value; }
 
     void destroy() override;
@@ -128,8 +140,10 @@ private:
 /// A text; renders as it is.
 class TAM_API Tam_wstring_status_arg : public Tam_status_arg {
 public:
+    /// What identity() returns.
     static const GUID ID;
 
+    /// Keeps a copy of value.
     Tam_wstring_status_arg(const std::wstring& value) : m_value(value) {}
 
     /// Converts with the C run-time's current locale. A text that cannot be converted becomes the empty string; that is
@@ -139,6 +153,7 @@ public:
     Tam_wstring_status_arg& operator=(const Tam_wstring_status_arg&) = default;
     ~Tam_wstring_status_arg() override;
 
+    /// The value that it was made from.
     const std::wstring& value() const { return m_value; }
 
     void destroy() override;

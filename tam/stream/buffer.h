@@ -51,6 +51,7 @@ public:
     Tam_buffer& operator=(const Tam_buffer&) = delete;
 
 protected:
+    /// A buffer that no stream is connected to.
     Tam_buffer();
 
     /// Starts with the connection counts of other, although its streams are not connected to the copy.
@@ -66,6 +67,7 @@ protected:
     /// Writes count bytes from source at position and moves position past them.
     virtual void write(unsigned long long& position, unsigned int count, const void* source, Tam_status& status) = 0;
 
+    /// The counters themselves, for the operations above in derived classes; at 0 a counter stays 0.
     void add_unbuffered_istream() const;
     void remove_unbuffered_istream() const;
     unsigned int num_unbuffered_istream() const;

@@ -16,8 +16,10 @@ class Cache_source;
 /// What is in the cache is not read again: a change that a writer makes there is not seen.
 class TAM_API Tam_buffered_istream : public Tam_istream {
 public:
+    /// Bytes in a block.
     static constexpr unsigned int CACHE_SIZE = 16384;
 
+    /// A detached stream.
     Tam_buffered_istream() noexcept = default;
 
     /// Calls init.

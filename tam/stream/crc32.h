@@ -8,7 +8,7 @@
 namespace tam {
 
 /// The look-up table of CRC-32: entry i is i shifted right eight times, with 0xEDB88320 added by exclusive or each time
-/// that the bit shifted out is 1. One byte moves a register by crc32_table[(register ^ byte) & 0xFF] ^ (register >> 8).
+/// that the bit shifted out is 1. One byte moves a register by `crc32_table[(register ^ byte) & 0xFF] ^ (register >> 8)`.
 /// It is complete before any code runs.
 extern TAM_API const unsigned int crc32_table[256];
 

@@ -125,11 +125,14 @@ public:
     /// @param status  TAM_E_STREAM_DETACHED (0xC2000017), or what the buffer's seek reports; the result is then 0
     unsigned long long size(Tam_status& status) const;
 
+    /// The line-end convention that the stream was given.
+    Tam_eol eol() const noexcept { return m_eol; }
+
 protected:
     const Tam_buffer* m_buffer = nullptr; ///< not owned; null when detached
     unsigned long long m_position = 0;    ///< the next byte to read
-    bool m_wait = false;
-    Tam_eol m_eol = TAM_EOL_ANY;
+    bool m_wait = false;                  ///< as given to init
+    Tam_eol m_eol = TAM_EOL_ANY;          ///< as given to init
 
 private:
     template <class Units, class Line>

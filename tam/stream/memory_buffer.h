@@ -23,6 +23,7 @@ class Memory_store;
 /// One thread at a time uses a memory buffer; Tam_memory_buffer_mt is the twin for several. Neither can be copied.
 class TAM_API Tam_memory_buffer : public Tam_buffer {
 public:
+    /// Bytes in a block.
     static constexpr unsigned int BLOCK_SIZE = 4096;
 
     /// An empty buffer.
@@ -74,6 +75,7 @@ private:
 /// that poll at the end of the data slow the writer down.
 class TAM_API Tam_memory_buffer_mt : public Tam_buffer {
 public:
+    /// Bytes in a block.
     static constexpr unsigned int BLOCK_SIZE = Tam_memory_buffer::BLOCK_SIZE;
 
     /// An empty buffer.

@@ -17,7 +17,7 @@ public:
     /// What the destructor does with the memory; any other value keeps it.
     enum Delete_method : unsigned int {
         KEEP = 0,         ///< it stays the caller's, and must outlive the buffer
-        DELETE_BYTES = 1, ///< gives it to ::operator delete, so it must come from ::operator new
+        DELETE_BYTES = 1, ///< gives it to `operator delete`: it comes from `operator new`
         DELETE_ARRAY = 2, ///< the same: for an array of a type without a destructor that came from new[]
     };
 

@@ -7,6 +7,7 @@ namespace tam {
 /// An input stream that passes every read to its buffer.
 class TAM_API Tam_unbuffered_istream : public Tam_istream {
 public:
+    /// A detached stream.
     Tam_unbuffered_istream() noexcept = default;
 
     /// Calls init.

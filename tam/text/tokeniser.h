@@ -27,6 +27,7 @@ public:
     /// Separators blank and tab, terminator line feed, neither ignored characters nor terminals, both switches off.
     Tam_tokeniser();
 
+    /// All of them given.
     Tam_tokeniser(const std::wstring& separators, const std::wstring& ignore, const std::wstring& terminators,
                   const std::wstring& terminals, bool include_separators, bool allow_empty_tokens);
 

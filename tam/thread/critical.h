@@ -11,11 +11,13 @@ namespace tam {
 /// The cheapest lock of the library: without contention it makes no system call. The thread that is inside may enter
 /// again, and leaves as often as it entered. Any thread may call any member; no operation reports a failure.
 ///
-/// std::lock_guard<Tam_critical> works. The object can be neither copied nor moved.
+/// `std::lock_guard<Tam_critical>` works. The object can be neither copied nor moved.
 class TAM_API Tam_critical {
 public:
+    /// A critical section that nobody is inside.
     Tam_critical() : Tam_critical(false) {}
 
+    /// A critical section of its own.
     /// @param entered  true: the constructing thread is inside from the start and must leave once
     explicit Tam_critical(bool entered);
 

@@ -14,7 +14,7 @@ class Tam_status;
 ///
 /// An unnamed event is private to its process. A named one is shared by all who construct an event of that name, in
 /// any process; it lives as long as one of them does. Names are case-sensitive and used exactly as given; one without
-/// the prefix "Global\" or "Local\" must have no backslash. The system reads a name up to its first null character.
+/// the prefix `Global\` or `Local\` must have no backslash. The system reads a name up to its first null character.
 ///
 /// Any thread may call any member. All time-outs are in milliseconds: 0 tests without waiting, 0xFFFFFFFF waits for
 /// ever. The object can be neither copied nor moved.
@@ -48,9 +48,11 @@ public:
 
     ~Tam_event();
 
+    /// Makes the event not signalled.
     /// @throws Tam_sys_call_fail  "::ResetEvent"
     void reset();
 
+    /// Makes the event signalled; all who wait go on.
     /// @throws Tam_sys_call_fail  "::SetEvent"
     void signal();
 

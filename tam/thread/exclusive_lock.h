@@ -36,7 +36,7 @@ public:
     /// Creates the lock of this name, or opens it when there is one already: then its state stays as it is.
     ///
     /// The lock consists of a mutex of exactly this name and of an event with "_$LOCK_" before the name. So a prefix
-    /// "Global\" or "Local\" cannot be used: the event's name would have a backslash in the middle, which the system
+    /// `Global\` or `Local\` cannot be used: the event's name would have a backslash in the middle, which the system
     /// refuses. When there is no memory for the event, the object is constructed, but its lock can never be taken.
     /// @param locked    the initial state of a new lock
     /// @param security  gives a new mutex's security; null means the process's default. A new event is open to every

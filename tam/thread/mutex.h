@@ -17,9 +17,9 @@ class Tam_status;
 ///
 /// An unnamed mutex is private to its process. A named one is shared by all who construct a mutex of that name, in any
 /// process; it lives as long as one of them does. Names are case-sensitive and used exactly as given; one without the
-/// prefix "Global\" or "Local\" must have no backslash. The system reads a name up to its first null character.
+/// prefix `Global\` or `Local\` must have no backslash. The system reads a name up to its first null character.
 ///
-/// Any thread may call any member. std::lock_guard<Tam_mutex> and std::unique_lock<Tam_mutex> work; a release that fails
+/// Any thread may call any member. `std::lock_guard<Tam_mutex>` and `std::unique_lock<Tam_mutex>` work; a release that fails
 /// in their destructors ends the program. The object can be neither copied nor moved.
 class TAM_API Tam_mutex {
 public:

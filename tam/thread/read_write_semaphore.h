@@ -48,7 +48,7 @@ public:
 
     /// Creates the three kernel objects of this name, or opens those that are there already: their security stays.
     ///
-    /// Suffixes are put behind the name, so that the prefixes "Global\" and "Local\" work; any other backslash is refused
+    /// Suffixes are put behind the name, so that the prefixes `Global\` and `Local\` work; any other backslash is refused
     /// by the system.
     /// @param security  as for the unnamed form
     /// @throws Tam_sys_call_fail  "::CreateMutex" or "::CreateEvent", also when a name belongs to an object of another

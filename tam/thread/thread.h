@@ -26,6 +26,7 @@ enum Tam_thread_state : unsigned int {
     TAM_THREAD_SUSPENDED = 5,  ///< by suspend()
 };
 
+/// Priorities of the system, relative to that of the process.
 enum Tam_thread_priority : unsigned int {
     TAM_THREAD_PRIORITY_HIGHEST = 0,
     TAM_THREAD_PRIORITY_ABOVE_NORMAL = 1,
@@ -124,6 +125,7 @@ public:
     /// @return whether the thread has ended
     bool wait(unsigned int milliseconds, Tam_status& status) const;
 
+    /// Sets how the system prefers the thread to others.
     /// @param priority  any integer may be cast to it
     /// @param status    cleared first
     ///   - TAM_E_THREAD_PRIORITY_UNKNOWN (0xC200003D)  none of Tam_thread_priority; nothing is set

@@ -44,8 +44,9 @@ unsigned int blocks_of(HANDLE heap)
 
 } // namespace
 
-unsigned int open_handles()
+unsigned int open_handles(unsigned long process_id)
 {
+    const ULONG process = process_id != 0 ? process_id : ::GetCurrentProcessId();
     std::vector<std::byte> memory(64 * 1024);
     while (::NtQuerySystemInformation(HANDLE_INFORMATION, memory.data(), static_cast<ULONG>(memory.size()), nullptr) ==
            BUFFER_TOO_SMALL) {
@@ -54,7 +55,7 @@ unsigned int open_handles()
     const auto* const list = reinterpret_cast<const Handle_list*>(memory.data());
     unsigned int count = 0;
     for (ULONG i = 0; i < list->count; ++i) {
-        count += list->entries[i].process == ::GetCurrentProcessId() ? 1U : 0U;
+        count += list->entries[i].process == process ? 1U : 0U;
     }
     return count;
 }

@@ -2,8 +2,8 @@
 
 namespace tam::test {
 
-/// Kernel handles that this process has open, registry keys included.
-unsigned int open_handles();
+/// Kernel handles that a process has open, registry keys included; 0: this process.
+unsigned int open_handles(unsigned long process_id = 0);
 
 /// Blocks that the C run-time's heap has given out and not got back.
 unsigned int heap_blocks();
