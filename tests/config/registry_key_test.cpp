@@ -1,7 +1,7 @@
 #include <tests/support/test.h>
 
 #include <tests/config/texts.h>
-#include <tests/security/descriptors.h>
+#include <tests/support/descriptors.h>
 #include <tests/support/registry_branch.h>
 
 using namespace tam;

@@ -2,9 +2,9 @@
 
 #include <sddl.h>
 
-#include <tests/security/descriptors.h>
 #include <tests/security/lists.h>
 #include <tests/security/security_access.h>
+#include <tests/support/descriptors.h>
 
 using namespace tam;
 using test::chain;

@@ -2,15 +2,14 @@
 
 #include <aclapi.h>
 
-#include <tests/security/descriptors.h>
 #include <tests/security/lists.h>
-#include <tests/security/scratch_key.h>
 #include <tests/security/security_access.h>
+#include <tests/support/descriptors.h>
+#include <tests/support/registry_branch.h>
 
 using namespace tam;
 using test::chain;
 using test::entries_of;
-using test::Scratch_key;
 using test::SOME_RIGHTS;
 using Access = detail::Security_access;
 using Rows = std::vector<std::wstring>;
@@ -143,8 +142,11 @@ TEST(Security_list, objects_by_handle_and_by_name_are_edited)
 {
     const Tam_event event;
     const Tam_mutex mutex;
-    const Scratch_key key;
-    const Scratch_key named_key(L"named_key");
+    const test::Registry_branch branches[2];
+    Tam_status opened;
+    void* const key = tam_open_reg_key(HKEY_CURRENT_USER, branches[0].path(), L"", opened);
+    void* const named_key = tam_open_reg_key(HKEY_CURRENT_USER, branches[1].path(), L"", opened);
+    EXPECT_EQ(chain(opened), L"");
     struct Row {
         Tam_sec_obj_type type;
         HANDLE handle;
@@ -154,8 +156,8 @@ TEST(Security_list, objects_by_handle_and_by_name_are_edited)
     const Row rows[] = {
         {TAM_SEC_OBJ_KERNEL, event.handle(), L"", SE_KERNEL_OBJECT},
         {TAM_SEC_OBJ_KERNEL, mutex.handle(), L"", SE_KERNEL_OBJECT},
-        {TAM_SEC_OBJ_REGISTRY_KEY, key.get(), L"", SE_REGISTRY_KEY},
-        {TAM_SEC_OBJ_REGISTRY_KEY, named_key.get(), named_key.name(), SE_REGISTRY_KEY},
+        {TAM_SEC_OBJ_REGISTRY_KEY, key, L"", SE_REGISTRY_KEY},
+        {TAM_SEC_OBJ_REGISTRY_KEY, named_key, L"CURRENT_USER\\" + branches[1].path(), SE_REGISTRY_KEY},
     };
     for (const Row& row : rows) {
         Tam_status status;
@@ -187,6 +189,8 @@ TEST(Security_list, objects_by_handle_and_by_name_are_edited)
         EXPECT_NE(security.security_attributes(false)->lpSecurityDescriptor, nullptr);
         EXPECT_EQ(entries_of(list_in_descriptor(security)), merged);
     }
+    tam_close_reg_key(key, opened);
+    tam_close_reg_key(named_key, opened);
 }
 
 // Under Wine the list of a file is made from its mode: entries for others than the owner and everyone get lost. What its

@@ -1,8 +1,8 @@
 #include <tests/support/test.h>
 
 #include <tam/detail/win32.h>
-#include <tests/security/descriptors.h>
 #include <tests/security/security_access.h>
+#include <tests/support/descriptors.h>
 #include <tests/support/failing_new.h>
 
 using namespace tam;
@@ -37,13 +37,14 @@ DWORD WINAPI nothing_by_name(const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATIO
 // A descriptor in self-relative form with a list, an owner and a group, as a service would give it.
 std::vector<unsigned char> self_relative()
 {
-    test::List_for_everyone list(SOME_RIGHTS);
+    Tam_status status;
+    const Tam_acl acl(TAM_TRUSTEE_EVERYONE, SOME_RIGHTS, status);
     SID_IDENTIFIER_AUTHORITY nt = SECURITY_NT_AUTHORITY;
     void* system = nullptr;
     ::AllocateAndInitializeSid(&nt, 1, SECURITY_LOCAL_SYSTEM_RID, 0, 0, 0, 0, 0, 0, 0, &system);
     SECURITY_DESCRIPTOR descriptor;
     EXPECT_TRUE(::InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
-    EXPECT_TRUE(::SetSecurityDescriptorDacl(&descriptor, TRUE, list.get(), FALSE));
+    EXPECT_TRUE(::SetSecurityDescriptorDacl(&descriptor, TRUE, Access::list(acl), FALSE));
     EXPECT_TRUE(::SetSecurityDescriptorOwner(&descriptor, system, FALSE));
     EXPECT_TRUE(::SetSecurityDescriptorGroup(&descriptor, system, FALSE));
     DWORD size = 0;

@@ -1,12 +1,10 @@
 #include <tests/support/test.h>
 
-#include <tests/security/descriptors.h>
-#include <tests/security/scratch_key.h>
 #include <tests/security/security_access.h>
+#include <tests/support/descriptors.h>
 
 using namespace tam;
 using test::Found_list;
-using test::Scratch_key;
 using test::SOME_RIGHTS;
 using Access = detail::Security_access;
 

@@ -1,30 +1,10 @@
 #include <tests/support/test.h>
 
-#include <aclapi.h>
+#include <tests/support/descriptors.h>
 
 using namespace tam;
 using namespace std::chrono_literals;
 using test::unique_name;
-
-namespace {
-
-struct List_of {
-    explicit List_of(HANDLE handle)
-    {
-        EXPECT_EQ(::GetSecurityInfo(handle, SE_KERNEL_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &list,
-                                    nullptr, &descriptor),
-                  0U);
-        BOOL defaulted = FALSE;
-        EXPECT_TRUE(::GetSecurityDescriptorDacl(descriptor, &present, &list, &defaulted));
-    }
-    ~List_of() { ::LocalFree(descriptor); }
-
-    BOOL present = FALSE;
-    ACL* list = nullptr;
-    void* descriptor = nullptr;
-};
-
-} // namespace
 
 TEST(Event, stays_signalled_until_it_is_reset)
 {
@@ -101,12 +81,11 @@ TEST(Event, takes_its_security_from_the_object_given)
 {
     Tam_security open_to_all;
     Tam_event with_null_list(false, &open_to_all);
-    const List_of given(with_null_list.handle());
-    EXPECT_TRUE(given.present);
-    EXPECT_EQ(given.list, nullptr);
+    const test::Found_list given = test::list_of(with_null_list.handle(), SE_KERNEL_OBJECT);
+    EXPECT_TRUE(given.present && given.null);
     const Tam_event with_default;
-    const List_of by_default(with_default.handle());
-    EXPECT_FALSE(by_default.present && by_default.list == nullptr);
+    const test::Found_list by_default = test::list_of(with_default.handle(), SE_KERNEL_OBJECT);
+    EXPECT_FALSE(by_default.present && by_default.null);
 }
 
 TEST(Event, is_not_inherited_by_child_processes)

@@ -1,5 +1,6 @@
 #include <tests/support/test.h>
 
+#include <tests/support/descriptors.h>
 #include <tests/support/run_child.h>
 
 using namespace tam;
@@ -176,16 +177,9 @@ TEST_F(Read_write_semaphore, gives_the_callers_security_to_the_first_mutex_alone
 {
     const std::wstring name = test::unique_name(L"rw_security");
     const auto access_list = [](HANDLE object) -> std::string {
-        unsigned char descriptor[1024];
-        DWORD needed = 0;
-        BOOL is_present = FALSE;
-        BOOL is_defaulted = FALSE;
-        ACL* list = nullptr;
-        const bool is_read =
-            ::GetKernelObjectSecurity(object, DACL_SECURITY_INFORMATION, descriptor, sizeof descriptor, &needed) &&
-            ::GetSecurityDescriptorDacl(descriptor, &is_present, &list, &is_defaulted);
+        const test::Found_list found = test::list_of(object, SE_KERNEL_OBJECT);
         ::CloseHandle(object);
-        return !is_read ? "unreadable" : !is_present ? "none" : list == nullptr ? "open" : "list";
+        return !found.present ? "none" : found.null ? "open" : "list";
     };
     const auto access_lists = [&] {
         return access_list(::OpenMutexW(READ_CONTROL, FALSE, (name + L"_$MUTEX").c_str())) + " " +
@@ -197,20 +191,11 @@ TEST_F(Read_write_semaphore, gives_the_callers_security_to_the_first_mutex_alone
         EXPECT_EQ(access_lists(), "none none none");
     }
     // A list that is not the null list of the library's own security: all may do everything.
-    alignas(ACL) unsigned char memory[256];
-    auto* const list = reinterpret_cast<ACL*>(memory);
-    unsigned char everyone[SECURITY_MAX_SID_SIZE];
-    DWORD size = sizeof everyone;
-    ASSERT_TRUE(::CreateWellKnownSid(WinWorldSid, nullptr, everyone, &size));
-    ASSERT_TRUE(::InitializeAcl(list, sizeof memory, ACL_REVISION));
-    ASSERT_TRUE(::AddAccessAllowedAce(list, ACL_REVISION, MUTEX_ALL_ACCESS, everyone));
-    Tam_security security;
-    ASSERT_TRUE(
-        ::SetSecurityDescriptorDacl(security.security_attributes(false)->lpSecurityDescriptor, TRUE, list, FALSE));
+    Tam_status status(5);
+    Tam_security security(Tam_acl(TAM_TRUSTEE_EVERYONE, MUTEX_ALL_ACCESS, status), status);
     Tam_read_write_semaphore secured(name, &security);
     EXPECT_EQ(access_lists(), "list open open");
-
-    Tam_status status(5);
+    status = 5;
     secured.add_security(security, status);
     EXPECT_EQ(test::chain(status), L"");
     secured.add_security(security, status);

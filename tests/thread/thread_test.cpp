@@ -1,5 +1,6 @@
 #include <tests/support/test.h>
 
+#include <tests/support/descriptors.h>
 #include <tests/support/run_child.h>
 #include <tests/thread/handles.h>
 
@@ -387,15 +388,8 @@ TEST_F(Thread, is_created_with_the_security_given)
 {
     // Whether the thread has an access list of its own: a default one is none here.
     const auto check = [](void* result) {
-        unsigned char descriptor[1024];
-        DWORD needed = 0;
-        BOOL is_present = FALSE;
-        BOOL is_defaulted = FALSE;
-        ACL* list = nullptr;
-        *static_cast<bool*>(result) = ::GetKernelObjectSecurity(::GetCurrentThread(), DACL_SECURITY_INFORMATION,
-                                                                descriptor, sizeof descriptor, &needed) &&
-                                      ::GetSecurityDescriptorDacl(descriptor, &is_present, &list, &is_defaulted) &&
-                                      is_present && list == nullptr;
+        const test::Found_list found = test::list_of(::GetCurrentThread(), SE_KERNEL_OBJECT);
+        *static_cast<bool*>(result) = found.present && found.null;
     };
     Tam_security security;
     for (Tam_security* const given : {&security, static_cast<Tam_security*>(nullptr)}) {

@@ -12,27 +12,6 @@ namespace tam::test {
 /// The rights of the entries below; not generic ones, which an object maps to its own.
 constexpr DWORD SOME_RIGHTS = READ_CONTROL | WRITE_DAC | SYNCHRONIZE;
 
-/// A list with one entry that grants rights to everyone.
-class List_for_everyone {
-public:
-    explicit List_for_everyone(DWORD rights)
-    {
-        SID_IDENTIFIER_AUTHORITY world = SECURITY_WORLD_SID_AUTHORITY;
-        ::AllocateAndInitializeSid(&world, 1, SECURITY_WORLD_RID, 0, 0, 0, 0, 0, 0, 0, &m_everyone);
-        EXPECT_TRUE(::InitializeAcl(get(), sizeof m_memory, ACL_REVISION));
-        EXPECT_TRUE(::AddAccessAllowedAce(get(), ACL_REVISION, rights, m_everyone));
-    }
-    ~List_for_everyone() { ::FreeSid(m_everyone); }
-    List_for_everyone(const List_for_everyone&) = delete;
-    List_for_everyone& operator=(const List_for_everyone&) = delete;
-
-    ACL* get() { return reinterpret_cast<ACL*>(m_memory); }
-
-private:
-    void* m_everyone = nullptr;
-    alignas(ACL) unsigned char m_memory[64];
-};
-
 struct Found_list {
     bool present = false;
     bool null = false;
