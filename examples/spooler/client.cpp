@@ -11,18 +11,15 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 
-#include <tam/process/named_pipe.h>
-#include <tam/thread/sleep.h>
+#include <tam/tam.h>
 
 #include "protocol.h"
 #include "report.h"
-#include "spooler_messages.h"
 
 using namespace tam;
 
@@ -48,41 +45,20 @@ std::unique_ptr<Tam_named_pipe_client> open_pipe(const std::wstring& name, Tam_s
     return pipe;
 }
 
-// Waits until something has arrived; nothing when the pipe was closed. A unit can arrive in halves.
-std::wstring_view read_units(const Tam_named_pipe_client& pipe, wchar_t (&chunk)[4096], Tam_status& status)
+// Empty when the service broke off.
+std::wstring ask(const Tam_named_pipe_client& pipe, const std::wstring& request, Tam_status& status)
 {
-    auto* const bytes = reinterpret_cast<unsigned char*>(chunk);
-    unsigned int count = 0;
-    unsigned int arrived = 0;
-    do {
-        arrived = pipe.read(sizeof chunk - count, bytes + count, status);
-        count += arrived;
-    } while (arrived != 0 && count % sizeof(wchar_t) != 0);
-    return {chunk, count / sizeof(wchar_t)};
-}
-
-// Prints the answer as it arrives. Its last line says whether the request was done; without one the service broke off.
-Exit_code show_answer(const Tam_named_pipe_client& pipe, Tam_status& status)
-{
+    pipe.write(static_cast<unsigned int>(request.size() * sizeof(wchar_t)),
+               reinterpret_cast<const unsigned char*>(request.data()), status);
+    std::wstring answer;
     wchar_t chunk[4096];
-    std::wstring line;
-    for (;;) {
-        const std::wstring_view units = read_units(pipe, chunk, status);
-        if (units.empty()) {
-            status.push(SPOOLER_E_BROKEN_OFF);
-            return FAILED;
-        }
-        for (const wchar_t unit : units) {
-            if (unit != L'\n') {
-                line += unit;
-            } else if (line == protocol::DONE || line == protocol::FAILED) {
-                return line == protocol::DONE ? DONE : FAILED;
-            } else {
-                std::fputws((line.substr(1) + L"\n").c_str(), stdout);
-                line.clear();
-            }
+    while (const unsigned int bytes = pipe.read(sizeof chunk, reinterpret_cast<unsigned char*>(chunk), status)) {
+        answer.append(chunk, bytes / sizeof(wchar_t));
+        if (answer.back() == protocol::END) {
+            return answer;
         }
     }
+    return L"";
 }
 
 } // namespace
@@ -100,16 +76,12 @@ int wmain(int argc, wchar_t** argv)
     const std::wstring request = argv[2] + (argc > 3 ? L' ' + std::wstring(argv[3]) : L"") + L'\n';
     Tam_status status;
     const std::unique_ptr<Tam_named_pipe_client> pipe = open_pipe(name, status);
-    Exit_code result = FAILED;
-    if (!status.ok()) {
+    const std::wstring answer = status.ok() ? ask(*pipe, request, status) : L"";
+    if (answer.empty()) {
         status.push(SPOOLER_E_NO_SERVICE, Tam_wstring_status_arg(name));
-    } else {
-        const auto bytes = static_cast<unsigned int>(request.size() * sizeof(wchar_t));
-        pipe->write(bytes, reinterpret_cast<const unsigned char*>(request.data()), status);
-        result = show_answer(*pipe, status);
-    }
-    if (!status.ok()) {
         print(status);
+        return FAILED;
     }
-    return result;
+    std::fputws(answer.c_str() + answer.find(L'\n') + 1, stdout);
+    return answer.starts_with(protocol::DONE) ? DONE : FAILED;
 }

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <string>
 
-#include <tam/status/status.h>
+#include <tam/tam.h>
 
 // What is found out about a file.
 struct Digest {
@@ -13,7 +13,6 @@ struct Digest {
 };
 
 // Digests the text file of that path in one pass; others may read it meanwhile, but not write it.
-// status is cleared first. On failure result covers what could be read. It is SPOOLER_E_LONG_LINE, what
-// the library reports, or ERROR_OPERATION_ABORTED when is_stopping became true on the way.
-void digest_file(const std::wstring& path, const std::atomic<bool>& is_stopping, Digest& result,
-                 tam::Tam_status& status);
+// status is cleared first. On failure the result covers what could be read. It is SPOOLER_E_LONG_LINE, what the library
+// reports, or ERROR_OPERATION_ABORTED when is_stopping became true on the way.
+Digest digest_file(const std::wstring& path, const std::atomic<bool>& is_stopping, tam::Tam_status& status);

@@ -5,10 +5,6 @@
 #include <cwchar>
 #include <mutex>
 
-#include <tam/datetime.h>
-#include <tam/file.h>
-#include <tam/stream.h>
-
 #include "spooler_messages.h"
 
 using namespace tam;
@@ -16,139 +12,109 @@ using namespace tam;
 namespace {
 
 constexpr unsigned int UNIT = sizeof(wchar_t);
-constexpr unsigned int LINE_LIMIT = 1024; // units; the name of a file has 255
-constexpr unsigned int ALL = 0xFFFFFFFF;
-constexpr wchar_t DONE[] = L"done";
-constexpr wchar_t FAILED[] = L"failed";
 
-std::wstring universal_time()
+std::wstring line_of(const std::wstring& key, bool is_done, const Digest& digest)
 {
     const std::time_t now = std::time(nullptr);
-    std::wstring text;
-    Tam_date_and_time(*std::gmtime(&now), Tam_time_zone::GMT).to_string(L"%Y-%m-%d %H:%M:%S", text);
-    return text;
-}
-
-std::wstring line_of(const Journal_entry& entry)
-{
+    std::wstring time;
+    Tam_date_and_time(*std::gmtime(&now), Tam_time_zone::GMT).to_string(L"\t%Y-%m-%d %H:%M:%S\t", time);
     wchar_t figures[64];
-    std::swprintf(figures, std::size(figures), L"\t%08X\t%llu\t%llu\t", entry.digest.crc, entry.digest.bytes,
-                  entry.digest.lines);
-    return entry.id + L'\t' + universal_time() + L'\t' + (entry.is_done ? DONE : FAILED) + figures + entry.name +
-           L"\r\n";
+    std::swprintf(figures, std::size(figures), L"\t%08X\t%llu\t%llu\t", digest.crc, digest.bytes, digest.lines);
+    const std::size_t id_end = key.find(L'_');
+    return key.substr(0, id_end) + time + (is_done ? L"done" : L"failed") + figures + key.substr(id_end + 1) + L"\r\n";
 }
 
-// The text of a field of a line; empty when it has fewer.
-std::wstring field_of(const std::wstring& line, unsigned int index)
+std::wstring key_of(const std::wstring& line)
 {
-    std::size_t start = 0;
-    for (; index != 0 && start != std::wstring::npos; --index) {
-        start = line.find(L'\t', start);
-        start = start == std::wstring::npos ? start : start + 1;
+    const std::size_t name = line.rfind(L'\t') + 1;
+    return line.substr(0, line.find(L'\t')) + L'_' + line.substr(name, line.find(L'\n') - name);
+}
+
+} // namespace
+
+void Journal::open(const std::wstring& folder, Tam_status& status)
+{
+    m_folder = folder;
+    m_file.open(folder + L"journal.txt", TAM_FILE_OPEN_ALWAYS, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_READ, status);
+    if (status.ok()) {
+        m_buffer.attach(m_file, status);
+        m_end = _find_last_lines(0, status);
     }
-    return start == std::wstring::npos ? L"" : line.substr(start, line.find(L'\t', start) - start);
+    const std::wstring line = status.ok() ? last_lines(1, status) : L"";
+    if (!line.empty() && Tam_directory::exist(m_folder + L"work\\" + key_of(line))) {
+        m_end = _find_last_lines(1, status);
+    }
+    if (status.ok()) {
+        _cut_off(status);
+    }
+    if (!status.ok() && status != SPOOLER_E_JOURNAL) {
+        status.push(SPOOLER_E_JOURNAL, Tam_wstring_status_arg(folder + L"journal.txt"));
+    }
+}
+
+//! [journal]
+void Journal::enter(const std::wstring& key, bool is_done, const Digest& digest, Tam_status& status)
+{
+    const std::wstring line = line_of(key, is_done, digest);
+    const std::lock_guard guard(m_lock);
+    unsigned long long end = m_end;
+    status.clear();
+    m_buffer.write(end, static_cast<unsigned int>(line.size() * UNIT), line.data(), status);
+    if (status.ok()) { // on the disk before the file is moved
+        m_file.flush(status);
+    }
+    if (status.ok()) {
+        Tam_file::move(m_folder + L"work\\" + key, m_folder + (is_done ? L"done\\" : L"failed\\") + key, status);
+    }
+    if (status.ok()) {
+        m_end = end;
+        return;
+    }
+    Tam_status ignored; // the next line is written over what could not be cut off
+    _cut_off(ignored);
+}
+
+void Journal::_cut_off(Tam_status& status)
+{
+    m_file.seek(m_end, status);
+    if (status.ok()) {
+        m_file.truncate(status);
+    }
+}
+//! [journal]
+
+std::wstring Journal::last_lines(unsigned int count, Tam_status& status)
+{
+    const std::lock_guard guard(m_lock);
+    unsigned long long start = _find_last_lines(count, status);
+    std::wstring lines;
+    if (status.ok()) {
+        lines.resize((m_end - start) / UNIT);
+        m_buffer.read(false, start, static_cast<unsigned int>(m_end - start), lines.data(), status);
+        std::erase(lines, L'\r');
+    }
+    if (!status.ok()) {
+        status.push(SPOOLER_E_JOURNAL, Tam_wstring_status_arg(m_folder + L"journal.txt"));
+    }
+    return lines;
 }
 
 // Where the last count whole lines begin; with a count of 0, where the last one ends. Looks from the end, by blocks.
-unsigned long long find_last_lines(const Tam_istream& stream, unsigned int count, Tam_status& status)
+unsigned long long Journal::_find_last_lines(unsigned int count, Tam_status& status)
 {
     wchar_t block[4096];
-    unsigned long long position = stream.size(status) / UNIT * UNIT;
+    status.clear();
+    unsigned long long position = m_file.length() / UNIT * UNIT;
     while (status.ok() && position != 0) {
         const auto units = static_cast<unsigned int>(std::min<unsigned long long>(position / UNIT, std::size(block)));
         position -= units * UNIT;
-        stream.read_at(position, units * UNIT, block, status);
-        for (unsigned int i = units; i != 0; --i) {
+        unsigned long long start = position;
+        m_buffer.read(false, start, units * UNIT, block, status);
+        for (unsigned int i = units; status.ok() && i != 0; --i) {
             if (block[i - 1] == L'\n' && count-- == 0) {
                 return position + i * UNIT;
             }
         }
     }
     return 0;
-}
-
-// Gives the last count lines to sink. A last line without a line end is being written, or never was to its end.
-void read_lines(const std::wstring& path, unsigned int count, const Line_sink& sink, Tam_status& status)
-{
-    const Tam_file_buffer file(path, TAM_FILE_OPEN_EXISTING, TAM_FILE_READ, 0, TAM_FILE_SHARE_READ_WRITE, status);
-    Tam_buffered_istream stream;
-    if (status.ok()) {
-        stream.init(file, false, status, TAM_EOL_CR_LF);
-    }
-    if (status.ok() && count != ALL) {
-        stream.seek(find_last_lines(stream, count, status));
-    }
-    std::wstring line;
-    while (status.ok()) {
-        stream.wreadln(LINE_LIMIT, line, status);
-        if (status.ok()) {
-            sink(line);
-        }
-    }
-    if (status == TAM_E_END_OF_DATA || status == TAM_E_NO_LINE_END) {
-        status.clear();
-    } else {
-        status.push(SPOOLER_E_JOURNAL_READ, Tam_wstring_status_arg(path));
-    }
-}
-
-} // namespace
-
-void Journal::open(const std::wstring& path, Tam_status& status)
-{
-    m_path = path;
-    m_file.open(path, TAM_FILE_OPEN_ALWAYS, TAM_FILE_READ_WRITE, 0, TAM_FILE_SHARE_READ, status);
-    if (status.ok()) {
-        const Tam_file_buffer buffer(m_file, status);
-        const Tam_buffered_istream stream(buffer, false, status);
-        m_end = find_last_lines(stream, 0, status);
-    }
-    if (status.ok() && m_file.length() != m_end) {
-        m_file.seek(m_end, status);
-        m_file.truncate(status);
-    }
-    if (!status.ok()) {
-        status.push(SPOOLER_E_JOURNAL_OPEN, Tam_wstring_status_arg(path));
-    }
-}
-
-void Journal::close()
-{
-    m_file.close();
-}
-
-//! [journal]
-void Journal::append(const Journal_entry& entry, Tam_status& status)
-{
-    const std::lock_guard guard(m_lock);
-    const std::wstring line = line_of(entry);
-    const auto bytes = static_cast<unsigned int>(line.size() * UNIT);
-    status.clear();
-    m_file.seek(m_end, status);
-    m_file.write(line.data(), bytes, status);
-    if (status.ok()) {
-        m_file.flush(status);
-    }
-    if (status.ok()) {
-        m_end += bytes;
-        return;
-    }
-    // Part of the line may be there. Should cutting it off fail too, the next line is written over it.
-    Tam_status ignored;
-    m_file.seek(m_end, ignored);
-    m_file.truncate(ignored);
-    status.push(SPOOLER_E_JOURNAL_WRITE, Tam_wstring_status_arg(m_path));
-}
-//! [journal]
-
-void read_journal_end(const std::wstring& path, unsigned int count, const Line_sink& sink, Tam_status& status)
-{
-    read_lines(path, count, sink, status);
-}
-
-void read_journal_ids(const std::wstring& path, const std::function<void(const std::wstring& id, bool is_done)>& found,
-                      Tam_status& status)
-{
-    read_lines(
-        path, ALL, [&](const std::wstring& line) { found(field_of(line, 0), field_of(line, 2) == DONE); }, status);
 }

@@ -3,21 +3,35 @@
 #include <cstdio>
 #include <mutex>
 
-#include <tam/status.h>
-#include <tam/text.h>
-
 using namespace tam;
 
-void describe(const Tam_status& status, const Line_sink& sink)
+void load_messages()
 {
-    std::wstring indent;
+    for (const wchar_t* const module : MESSAGE_MODULES) {
+        Tam_status status;
+        Tam_messages_list::m_global_messages.add(module, status);
+        if (!status.ok()) {
+            print(status);
+        }
+    }
+}
+
+std::wstring describe(const Tam_status& status)
+{
+    std::wstring text;
     std::wstring line;
     for (const Tam_status* one = &status; one != nullptr; one = one->child()) {
         Tam_messages_list::m_global_messages.format_message(*one, line);
         tam_trim(line);
-        sink(indent + line);
-        indent = L"    ";
+        text += (one == &status ? L"" : L"    ") + line + L'\n';
     }
+    return text;
+}
+
+void print(const Tam_status& status)
+{
+    std::fputws(describe(status).c_str(), stderr);
+    std::fflush(stderr);
 }
 
 bool is_caused_by(const Tam_status& status, unsigned int code)
@@ -27,23 +41,6 @@ bool is_caused_by(const Tam_status& status, unsigned int code)
         one = one->child();
     }
     return one != nullptr;
-}
-
-void print(const Tam_status& status)
-{
-    describe(status, [](const std::wstring& line) { std::fputws((line + L"\n").c_str(), stderr); });
-    std::fflush(stderr);
-}
-
-void load_messages()
-{
-    for (const wchar_t* const module : {L"spooler_messages.dll", L"tam_messages.dll"}) {
-        Tam_status status;
-        Tam_messages_list::m_global_messages.add(module, status);
-        if (!status.ok()) {
-            print(status);
-        }
-    }
 }
 
 //! [report]
@@ -64,16 +61,13 @@ Report::~Report()
 
 void Report::operator()(const Tam_status& status) const
 {
-    Tam_status failure;
+    Tam_status ignored; // there is no other place to report to
     if (m_log != nullptr) {
-        tam_report_to_syslog(m_log, 0, status, true, failure);
+        tam_report_to_syslog(m_log, 0, status, true, ignored);
     }
     if (m_console) {
         const std::lock_guard guard(m_print_lock);
         print(status);
-        if (!failure.ok()) {
-            print(failure);
-        }
     }
 }
 //! [report]

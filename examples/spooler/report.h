@@ -1,25 +1,26 @@
 #pragma once
 
-#include <functional>
+#include <exception>
 #include <string>
 
-#include <tam/status/status.h>
-#include <tam/thread/critical.h>
+#include <tam/tam.h>
 
-// Takes one line of text, without a line end.
-using Line_sink = std::function<void(const std::wstring& line)>;
+#include "spooler_messages.h"
 
-// Gives the whole chain of a status to sink as text, the newest status first and its reasons below it, indented.
-void describe(const tam::Tam_status& status, const Line_sink& sink);
+// The modules with the texts of this program's statuses and the library's; they lie beside the program.
+constexpr const wchar_t* MESSAGE_MODULES[] = {L"spooler_messages.dll", L"tam_messages.dll"};
+
+// Loads them for describe(). Without them statuses are shown by their numbers.
+void load_messages();
+
+// The whole chain of a status as text, a line each: the newest status first and its reasons below it, indented.
+std::wstring describe(const tam::Tam_status& status);
+
+// Prints that to standard error.
+void print(const tam::Tam_status& status);
 
 // Whether the status or one of its reasons has that code.
 bool is_caused_by(const tam::Tam_status& status, unsigned int code);
-
-// Prints what describe() gives to standard error.
-void print(const tam::Tam_status& status);
-
-// Loads the texts of this program's statuses and the library's. Without them statuses are shown by their numbers.
-void load_messages();
 
 // Where everything goes that the service has to say: to the event log and, when there is a console, to standard error.
 // Any thread may report.
@@ -27,10 +28,19 @@ class Report {
 public:
     Report(const std::wstring& event_source, bool console);
     ~Report();
-    Report(const Report&) = delete;
-    Report& operator=(const Report&) = delete;
 
     void operator()(const tam::Tam_status& status) const;
+
+    // Takes a step of a thread. An exception ends the step and not the process; it is reported.
+    template <class Step>
+    void guard(const Step& step) const
+    {
+        try {
+            step();
+        } catch (const std::exception& error) { // such as no memory
+            (*this)({SPOOLER_E_EXCEPTION, tam::Tam_wstring_status_arg(std::string(error.what()))});
+        }
+    }
 
 private:
     void* m_log; // null when it could not be opened

@@ -1,22 +1,10 @@
 #include "service.h"
 
-#include <exception>
-
-#include <tam/text.h>
-#include <tam/thread.h>
-
-#include "spooler_messages.h"
+#include "protocol.h"
 
 using namespace tam;
 
 namespace {
-
-constexpr int JOURNAL_LIMIT = 100'000; // lines that a client can ask for
-
-Tam_wstring_status_arg text(const std::wstring& value)
-{
-    return {value};
-}
 
 // The number that follows the prefix in text; 0 where there is none.
 int number_behind(const std::wstring& prefix, const std::wstring& text)
@@ -28,137 +16,94 @@ int number_behind(const std::wstring& prefix, const std::wstring& text)
 } // namespace
 
 Service::Service(const std::wstring& name, const std::wstring& profile, const Report& report)
-    : m_name(name),
-      m_profile(profile),
-      m_report(report),
-      m_spooler(report),
-      m_pipe(
-          name, [this](const std::wstring& request, const Line_sink& sink) { return _answer(request, sink); }, report)
+    : m_name(name), m_profile(profile), m_report(report), m_spooler(report), m_pipe(name, *this, report)
 {}
 
-void Service::start(const std::function<void()>& progress, Tam_status& status)
+void Service::start(Tam_status& status)
 {
     m_settings = read_settings(m_profile, m_name, status);
-    progress();
     if (status.ok()) {
-        m_spooler.start(m_settings, status);
-        progress();
+        m_spooler.open(m_settings.folder, status);
     }
     if (status.ok()) {
         m_pipe.start(status);
-        progress();
     }
     if (!status.ok()) {
-        m_spooler.stop();
-        status.push(SPOOLER_E_START, text(m_name));
+        status.push(SPOOLER_E_START, Tam_wstring_status_arg(m_name));
     }
 }
 
 //! [timer]
 void Service::run(Tam_status& status)
 {
-    m_report(Tam_status(SPOOLER_I_STARTED, text(m_name), text(m_settings.folder)));
+    m_report(Tam_status(SPOOLER_I_STARTED, Tam_wstring_status_arg(m_name), Tam_wstring_status_arg(m_settings.folder)));
     status.clear();
     while (status.ok() && !m_stop.signaled()) {
-        Tam_timer timer;
-        timer.init([](void* self) { return static_cast<Service*>(self)->_tick(); }, m_settings.period, status, 0, this);
-        if (status.ok() && m_reload.signaled()) {
-            _use_next_settings(status);
+        m_reload.reset();
+        const Settings now = settings();
+        m_spooler.start(now.workers, status);
+        if (status.ok()) {
+            Tam_timer timer;
+            timer.init([](void* self) { return static_cast<Service*>(self)->_tick(); }, now.period, status, 0, this);
         }
+        m_spooler.stop();
     }
     m_pipe.stop();
-    m_spooler.stop();
-    m_report(Tam_status(SPOOLER_I_STOPPED, text(m_name)));
+    m_report(Tam_status(SPOOLER_I_STOPPED, Tam_wstring_status_arg(m_name)));
 }
 
 // Returns whether the timer is to go on as it is.
 bool Service::_tick()
 {
-    try {
-        m_pipe.drop_late_clients(m_settings.client_limit);
-        m_spooler.look();
-    } catch (const std::exception& error) { // such as no memory; the next tick tries again
-        m_report(Tam_status(SPOOLER_E_EXCEPTION, text(tam_stow(error.what()))));
-    }
+    m_report.guard([&] { m_spooler.look(); });
     return !m_stop.signaled() && !m_reload.signaled();
 }
 //! [timer]
 
 void Service::reload(Tam_status& status)
 {
-    const Settings settings = read_settings(m_profile, m_name, status);
+    Settings next = read_settings(m_profile, m_name, status);
     if (!status.ok()) {
-        status.push(SPOOLER_E_RELOAD, text(m_profile));
         m_report(status);
         return;
     }
-    const Tam_write_lock guard(m_lock);
-    m_next_settings = settings;
+    m_report(Tam_status(SPOOLER_I_RELOADED, Tam_wstring_status_arg(m_profile)));
+    const Tam_write_lock guard(m_settings_lock);
+    next.folder = m_settings.folder;
+    m_settings = next;
     m_reload.signal();
 }
 
-// The workers start anew. When they cannot with the new settings, they do with the earlier ones; a failure of that too
-// ends the service.
-void Service::_use_next_settings(Tam_status& status)
-{
-    Settings next;
-    {
-        const Tam_write_lock guard(m_lock);
-        next = m_next_settings;
-        m_reload.reset();
-    }
-    m_spooler.stop();
-    Tam_status failure;
-    m_spooler.start(next, failure);
-    if (!failure.ok()) {
-        failure.push(SPOOLER_E_RELOAD, text(m_profile));
-        m_report(failure);
-        m_spooler.start(m_settings, status);
-        return;
-    }
-    {
-        const Tam_write_lock guard(m_lock);
-        m_settings = next;
-    }
-    m_report(Tam_status(SPOOLER_I_RELOADED, text(m_profile), text(next.folder)));
-}
-
-bool Service::_answer(const std::wstring& request, const Line_sink& sink)
+std::wstring Service::answer(const std::wstring& request)
 {
     Tam_status status;
+    std::wstring text;
     if (request == L"status") {
-        _answer_status(sink);
+        text = _describe_state();
     } else if (request == L"stop") {
         stop();
     } else if (request == L"reload") {
         reload(status);
-    } else if (const int count = number_behind(L"journal ", request); count >= 1 && count <= JOURNAL_LIMIT) {
-        read_journal_end(Spooler::journal_path(_settings()), static_cast<unsigned int>(count), sink, status);
+    } else if (const int count = number_behind(L"journal ", request); count >= 1 && count <= protocol::JOURNAL_LIMIT) {
+        text = m_spooler.journal().last_lines(static_cast<unsigned int>(count), status);
     } else {
-        status = Tam_status(SPOOLER_E_REQUEST, text(request));
+        status = Tam_status(SPOOLER_E_REQUEST, Tam_wstring_status_arg(request));
     }
-    if (!status.ok()) {
-        describe(status, sink);
-    }
-    return status.ok();
+    return status.ok() ? protocol::DONE + text : protocol::FAILED + describe(status);
 }
 
-void Service::_answer_status(const Line_sink& sink) const
+std::wstring Service::_describe_state() const
 {
-    const Settings settings = _settings();
+    const Settings now = settings();
     const Figures figures = m_spooler.figures();
-    sink(L"service " + m_name);
-    sink(L"folder  " + settings.folder);
-    sink(L"workers " + std::to_wstring(settings.workers));
-    sink(L"waiting " + std::to_wstring(figures.waiting));
-    sink(L"working " + std::to_wstring(figures.working));
-    sink(L"done    " + std::to_wstring(figures.done));
-    sink(L"failed  " + std::to_wstring(figures.failed));
-    sink(L"bytes   " + std::to_wstring(figures.bytes));
+    return L"service " + m_name + L"\nfolder  " + now.folder + L"\nworkers " + std::to_wstring(now.workers) +
+           L"\nwaiting " + std::to_wstring(figures.waiting) + L"\nworking " + std::to_wstring(figures.working) +
+           L"\ndone    " + std::to_wstring(figures.done) + L"\nfailed  " + std::to_wstring(figures.failed) +
+           L"\nbytes   " + std::to_wstring(figures.bytes) + L"\n";
 }
 
-Settings Service::_settings() const
+Settings Service::settings() const
 {
-    const Tam_read_lock guard(m_lock);
+    const Tam_read_lock guard(m_settings_lock);
     return m_settings;
 }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include <tam/status/status.h>
+#include <tam/tam.h>
 
 // What the service works with. A profile file gives it:
 //
@@ -12,10 +12,10 @@
 //     Period = 250           ; milliseconds from one look at the folder to the next, 20 to 5000
 //     ClientLimit = 5000     ; milliseconds that a client of the pipe may take, 100 to 60000
 //
-// (A comment is a line of its own in a real file.) The registry parameters of the service, of the same names, override
-// what the profile says.
+// (A comment is a line of its own in a real file.) The registry parameters of the service, texts of the same names,
+// override what the profile says.
 struct Settings {
-    std::wstring folder; // without a backslash at its end
+    std::wstring folder; // with a backslash at its end
     unsigned int workers = 4;
     unsigned int period = 250;
     unsigned int client_limit = 5000;

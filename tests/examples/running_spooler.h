@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -110,19 +109,19 @@ public:
         ::WriteFile(m_pipe, text.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)), &written, nullptr);
     }
 
-    /// Everything up to the last line of the answer, or until the service is gone.
+    /// The answer without its end; empty when the service broke off.
     std::wstring hear() const
     {
-        std::string bytes;
         std::wstring text;
-        char chunk[4096];
+        wchar_t chunk[4096];
         DWORD read;
-        while (!text.ends_with(L"\ndone\n") && !text.ends_with(L"\nfailed\n") && text != L"done\n" &&
-               ::ReadFile(m_pipe, chunk, sizeof chunk, &read, nullptr) && read != 0) {
-            bytes.append(chunk, read);
-            text.assign(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / sizeof(wchar_t));
+        while (::ReadFile(m_pipe, chunk, sizeof chunk, &read, nullptr) && read != 0) {
+            text.append(chunk, read / sizeof(wchar_t));
+            if (text.back() == L'\0') {
+                return text.substr(0, text.size() - 1);
+            }
         }
-        return text;
+        return L"";
     }
 
 private:
@@ -155,8 +154,8 @@ protected:
 
     void write_profile(const std::wstring& settings = L"") const
     {
-        m_folder.file(L"spooler.ini",
-                      bytes_of(L"\xFEFF[Spooler]\r\nFolder = " + m_spool + L"\r\nPeriod = 20\r\n" + settings));
+        m_folder.file(L"spooler.ini", bytes_of(L"\xFEFF[Spooler]\r\n" + settings + L"\r\nFolder = " + m_spool +
+                                               L"\r\nPeriod = 20\r\n"));
     }
 
     Program start(const std::wstring& mode = L"console") const
@@ -179,9 +178,9 @@ protected:
     /// A figure of the service's status.
     unsigned long long figure(const std::wstring& name) const
     {
-        const std::wstring status = L"\n" + ask(L"status");
-        const std::size_t line = status.find(L"\n " + name + L" ");
-        return line == std::wstring::npos ? 0 : std::wcstoull(status.c_str() + line + 2 + name.size(), nullptr, 10);
+        const std::wstring status = ask(L"status");
+        const std::size_t line = status.find(L"\n" + name + L" ");
+        return line == std::wstring::npos ? 0 : std::wcstoull(status.c_str() + line + 1 + name.size(), nullptr, 10);
     }
     bool comes_to(const std::wstring& name, unsigned long long value) const
     {
@@ -196,41 +195,21 @@ protected:
     }
     std::wstring incoming(const std::wstring& name) const { return m_spool + L"\\incoming\\" + name; }
 
-    /// The names of the files in one of the folders and those below it.
-    std::multiset<std::wstring> files(const std::wstring& folder) const
+    /// The files in one of the folders: their names, without ids, and their paths.
+    std::multimap<std::wstring, std::wstring> files(const std::wstring& folder) const
     {
-        std::multiset<std::wstring> names;
+        std::multimap<std::wstring, std::wstring> found;
+        const std::wstring path = m_spool + L"\\" + folder + L"\\";
         WIN32_FIND_DATAW data;
-        const HANDLE search = ::FindFirstFileW((m_spool + L"\\" + folder + L"\\*").c_str(), &data);
+        const HANDLE search = ::FindFirstFileW((path + L"*").c_str(), &data);
         for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = ::FindNextFileW(search, &data)) {
-            if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                names.insert(data.cFileName);
-            } else if (data.cFileName[0] != L'.') {
-                names.merge(files(folder + L"\\" + data.cFileName));
+            const std::wstring key = data.cFileName;
+            if (key[0] != L'.') {
+                found.emplace(key.substr(key.find(L'_') + 1), path + key);
             }
         }
         ::FindClose(search);
-        return names;
-    }
-    /// The same with the name under which the file was spooled, without its id.
-    std::multiset<std::wstring> spooled_names(const std::wstring& folder) const
-    {
-        std::multiset<std::wstring> names;
-        for (const std::wstring& name : files(folder)) {
-            names.insert(name.substr(name.find(L'_') + 1));
-        }
-        return names;
-    }
-
-    /// Of the file that was spooled under that name. It is on the first shelf of the only run.
-    std::wstring path_of_done(const std::wstring& name) const
-    {
-        for (const std::wstring& key : files(L"done")) {
-            if (key.ends_with(L"_" + name)) {
-                return m_spool + L"\\done\\" + key.substr(0, key.find(L'_') - 3) + L"\\" + key;
-            }
-        }
-        return L"";
+        return found;
     }
 
     /// The journal by the names of the files.
