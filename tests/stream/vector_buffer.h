@@ -86,7 +86,8 @@ protected:
     {
         status.clear();
         data.resize(std::max<std::size_t>(data.size(), static_cast<std::size_t>(position) + count));
-        std::memcpy(data.data() + position, source, count);
+        std::copy_n(static_cast<const unsigned char*>(source), count,
+                    data.begin() + static_cast<std::ptrdiff_t>(position));
         position += count;
     }
 };
