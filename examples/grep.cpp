@@ -7,8 +7,8 @@
 //     -n  prints the number of each line before it
 //
 // A FILE is a path whose file name may hold wildcards: "logs\*.txt"; folders that match are passed over. With several
-// files each line bears the name of its own. Files that start with the byte-order mark of little-endian UTF-16 are
-// searched as such, others as UTF-8 or any other text of bytes, where the dot is one byte; big-endian ones are refused.
+// files each line bears the name of its own. Files that start with a byte-order mark of UTF-16 are searched as such,
+// others as UTF-8 or any other text of bytes, where the dot is one byte.
 // Lines end with CR LF, LF or CR. What is printed is UTF-8. What cannot be read is reported on standard error, with the
 // whole status chain, and the others are still done.
 //
@@ -27,6 +27,8 @@
 using namespace tam;
 
 namespace {
+
+constexpr unsigned int LONGEST_LINE = 0xFFFFFFFD; // units; only what arrives takes memory
 
 enum Exit_code { MATCHES = 0, NO_MATCH = 1, TROUBLE = 2 };
 
@@ -83,6 +85,24 @@ bool print_match(const Line& line, unsigned long long number, void* argument)
     return true;
 }
 
+// The library's grep takes UTF-16 as Windows has it; lines in the other byte order are read and searched one by one.
+void grep_big_endian(Tam_istream& stream, Grep& grep, Tam_status& status)
+{
+    std::wstring line;
+    std::size_t start = 0;
+    std::size_t length = 0;
+    for (unsigned long long number = 1; status.ok(); ++number) {
+        stream.wreadln_be(LONGEST_LINE, line, status);
+        const bool is_line = status.ok() || status == TAM_E_NO_LINE_END; // the last line may have no end
+        if (is_line && grep.wide.search(line, 0, start, length, status)) {
+            print_match(line, number, &grep);
+        }
+    }
+    if (status == TAM_E_END_OF_DATA) {
+        status.clear();
+    }
+}
+
 void search(const std::wstring& path, Grep& grep, Tam_status& status)
 {
     grep.matches = 0;
@@ -98,7 +118,8 @@ void search(const std::wstring& path, Grep& grep, Tam_status& status)
         stream.seek(2);
         grep.wide.grep(stream, print_match<std::wstring>, &grep, status);
     } else if (mark[0] == 0xFE && mark[1] == 0xFF) {
-        status = ERROR_NOT_SUPPORTED; // big-endian
+        stream.seek(2);
+        grep_big_endian(stream, grep, status);
     } else {
         stream.seek(mark[0] == 0xEF && mark[1] == 0xBB && mark[2] == 0xBF ? 3 : 0);
         grep.narrow.grep(stream, print_match<std::string>, &grep, status);

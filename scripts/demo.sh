@@ -199,7 +199,9 @@ echo "Lines that match a pattern, in text of bytes and of UTF-16:"
 show 0 grep -n '^(public|private):|~Tam_[a-z]+(_[a-z]+)*\(' 'tam/file/*_buffer.h' tam/file/path.h |
     same_as_grep -n '^(public|private):|~Tam_[a-z]+(_[a-z]+)*\(' tam/file/*_buffer.h tam/file/path.h
 show 0 grep -ic '[[:space:]]tam_(upper|lower)' 'tam/text/case.*' | same_as_grep -ic '[[:space:]]tam_(upper|lower)' tam/text/case.*
-{ printf '\xFF\xFE' && iconv -f UTF-8 -t UTF-16LE CHANGELOG.md; } >build/demo/changes.txt
-show 0 grep -i '^- REGULAR|wildcards?' build/demo/changes.txt | same_as_grep -i '^- REGULAR|wildcards?' CHANGELOG.md
+for encoding in UTF-16LE UTF-16BE; do
+    printf '\xEF\xBB\xBF' | cat - CHANGELOG.md | iconv -f UTF-8 -t "$encoding" >build/demo/changes.txt
+    show 0 grep -in '^- REGULAR|wildcards?' build/demo/changes.txt | same_as_grep -in '^- REGULAR|wildcards?' CHANGELOG.md
+done
 show 1 grep 'nowhere in (it|them)' CHANGELOG.md
 show 2 grep '(a|b' CHANGELOG.md
