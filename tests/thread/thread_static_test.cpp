@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include <tlhelp32.h>
+
 #include <tam/detail/win32.h>
 #include <tests/support/failing_new.h>
 #include <tests/thread/handles.h>
@@ -111,10 +113,35 @@ std::wstring reported(Action action)
     return chain(status);
 }
 
+unsigned int threads_of_process()
+{
+    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    unsigned int count = 0;
+    for (BOOL found = ::Thread32First(snapshot, &entry); found; found = ::Thread32Next(snapshot, &entry)) {
+        count += entry.th32OwnerProcessID == ::GetCurrentProcessId() ? 1U : 0U;
+    }
+    ::CloseHandle(snapshot);
+    return count;
+}
+
+// Those that earlier tests left to themselves would change what a test counts: they free memory, and open handles where
+// they meet others at a lock.
+void wait_for_other_threads()
+{
+    constexpr unsigned int OWN = 2; // this one and that of the time limit
+    for (int i = 0; i < 1000 && threads_of_process() > OWN; ++i) {
+        ::Sleep(10);
+    }
+    ASSERT_EQ(threads_of_process(), OWN);
+}
+
 class Thread_calls : public test::Limited {
 protected:
     Thread_calls()
     {
+        wait_for_other_threads();
         functions_run = 0;
         failing_thread = ::GetCurrentThreadId();
         // The run-time opens handles at the first exception.
